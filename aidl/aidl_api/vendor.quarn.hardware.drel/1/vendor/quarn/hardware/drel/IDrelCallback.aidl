@@ -1,0 +1,11 @@
+// This file is the frozen API of vendor.quarn.hardware.drel. Do not edit it by hand:
+// change the interface under aidl/vendor/ and update the dump with the build's
+// update-api and freeze-api targets.
+package vendor.quarn.hardware.drel;
+
+import vendor.quarn.hardware.drel.DrelRequestData;
+
+@VintfStability
+interface IDrelCallback {
+    void onCallback(in DrelRequestData[] data);
+}

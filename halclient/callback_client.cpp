@@ -1,0 +1,86 @@
+// The callback object: dispatch of the service's reports to the caller's callback, and the
+// bookkeeping of one-shot clients in request_callbacks.
+
+#include <algorithm>
+
+#include "halclient/halclient_internal.h"
+#include "halclient/wire.h"
+
+#define CB_LOGI(...) __android_log_print(ANDROID_LOG_INFO, kDrelCallbackTag, __VA_ARGS__)
+#define CB_LOGE(...) __android_log_print(ANDROID_LOG_ERROR, kDrelCallbackTag, __VA_ARGS__)
+
+DrelCallbackClient::DrelCallbackClient(const std::shared_ptr<IClientCallback>& cb, bool is_register,
+                                       bool by_path)
+    : clientCallback(cb), is_register(is_register), by_path(by_path) {
+    BnDrelCallback::logFunc = qel_internal::printLog;
+}
+
+DrelCallbackClient::DrelCallbackClient(const std::shared_ptr<IClientCallbackByPath>& cb,
+                                       bool is_register, bool by_path)
+    : clientCallbackByPath(cb), is_register(is_register), by_path(by_path) {
+    BnDrelCallback::logFunc = qel_internal::printLog;
+}
+
+DrelCallbackClient::~DrelCallbackClient() {
+    CB_LOGI("ndk backend ~DrelCallbackClient");
+    clientCallback.reset();
+    clientCallbackByPath.reset();
+}
+
+::ndk::ScopedAStatus DrelCallbackClient::onCallback(const std::vector<DrelRequestData>& data) {
+    if (!data.empty() && by_path) {
+        std::vector<std::string> paths;
+        std::vector<std::string> values;
+        paths.reserve(data.size());
+        values.reserve(data.size());
+        for (const DrelRequestData& record : data) {
+            paths.push_back(record.resPath.value_or(""));
+            values.push_back(record.resValue.value_or(""));
+            if (record.resPath && record.resValue) {
+                CB_LOGI("DrelCallbackClient::onCallback res_Id %s res_Value %s is_register %d",
+                        record.resPath->c_str(), record.resValue->c_str(), is_register);
+            }
+        }
+        if (clientCallbackByPath != nullptr) {
+            CB_LOGI("DrelCallback::onCallback call IClientCallback onCallback is_register %d",
+                    is_register);
+            clientCallbackByPath->onCallback(paths, values);
+        }
+    } else if (!data.empty()) {
+        std::list<QelClient::Resource> resources;
+        for (const DrelRequestData& record : data) {
+            resources.push_back(qel_internal::fromWire(record));
+            if (record.resValue) {
+                CB_LOGI("DrelCallbackClient::onCallback res_Id %#x res_Value %s is_register %d",
+                        static_cast<unsigned>(record.resId), record.resValue->c_str(), is_register);
+            } else {
+                CB_LOGI("DrelCallbackClient::onCallback res_Id %#x is_register %d",
+                        static_cast<unsigned>(record.resId), is_register);
+            }
+        }
+        if (clientCallback != nullptr) {
+            CB_LOGI("DrelCallback::onCallback call IClientCallback onCallback is_register %d",
+                    is_register);
+            clientCallback->onCallback(resources);
+        }
+    }
+    if (is_register) return ::ndk::ScopedAStatus::ok();
+
+    // A one-shot client has been answered: it leaves the registry (the caller's callback has
+    // returned, so no library lock was held while it ran).
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    size_t before = request_callbacks.size();
+    auto kept = std::remove_if(request_callbacks.begin(), request_callbacks.end(),
+                               [this](const std::shared_ptr<DrelCallbackClient>& entry) {
+                                   if (entry.get() != this) return false;
+                                   CB_LOGI("callback is found in request_callbacks");
+                                   return true;
+                               });
+    request_callbacks.erase(kept, request_callbacks.end());
+    size_t after = request_callbacks.size();
+    if (before == after) CB_LOGE("callback not found in request_callbacks");
+    CB_LOGI("DrelCallback::onCallback request callback called , remove from request_callbacks , "
+            "request_callbacks size before %d after %d",
+            static_cast<int>(before), static_cast<int>(after));
+    return ::ndk::ScopedAStatus::ok();
+}

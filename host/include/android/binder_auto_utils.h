@@ -1,0 +1,149 @@
+// Host stand-in of <android/binder_auto_utils.h>: the NDK's scoped owners of binder objects.
+//
+// As in Android 12: SpAIBinder adopts one strong reference and has no move operations (a "move"
+// is a copy); ScopedAStatus is not ok when empty; the scoped resources are move-only.
+#pragma once
+
+#include <android/binder_ibinder.h>
+#include <android/binder_parcel.h>
+#include <android/binder_status.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <string>
+
+namespace ndk {
+
+class SpAIBinder {
+public:
+    SpAIBinder() : mBinder(nullptr) {}
+    SpAIBinder(std::nullptr_t) : SpAIBinder() {}  // NOLINT(google-explicit-constructor)
+    explicit SpAIBinder(AIBinder* binder) : mBinder(binder) {}
+    SpAIBinder(const SpAIBinder& other) : mBinder(nullptr) {
+        AIBinder_incStrong(other.mBinder);
+        set(other.mBinder);
+    }
+    SpAIBinder& operator=(const SpAIBinder& other) {
+        if (this == &other) return *this;
+        AIBinder_incStrong(other.mBinder);
+        set(other.mBinder);
+        return *this;
+    }
+    ~SpAIBinder() { set(nullptr); }
+
+    void set(AIBinder* binder) {
+        AIBinder* old = mBinder;
+        mBinder = binder;
+        if (old != nullptr) AIBinder_decStrong(old);
+    }
+    AIBinder* get() const { return mBinder; }
+    AIBinder** getR() { return &mBinder; }
+
+    bool operator!=(const SpAIBinder& rhs) const { return get() != rhs.get(); }
+    bool operator<(const SpAIBinder& rhs) const { return get() < rhs.get(); }
+    bool operator<=(const SpAIBinder& rhs) const { return get() <= rhs.get(); }
+    bool operator==(const SpAIBinder& rhs) const { return get() == rhs.get(); }
+    bool operator>(const SpAIBinder& rhs) const { return get() > rhs.get(); }
+    bool operator>=(const SpAIBinder& rhs) const { return get() >= rhs.get(); }
+
+private:
+    AIBinder* mBinder;
+};
+
+namespace impl {
+
+template <typename T, void (*Destroy)(T), T DEFAULT>
+class ScopedAResource {
+public:
+    explicit ScopedAResource(T t = DEFAULT) : mT(t) {}
+    ~ScopedAResource() { set(DEFAULT); }
+
+    T get() const { return mT; }
+    T* getR() { return &mT; }
+    void set(T t) {
+        Destroy(mT);
+        mT = t;
+    }
+
+    ScopedAResource(const ScopedAResource&) = delete;
+    ScopedAResource& operator=(const ScopedAResource&) = delete;
+    ScopedAResource(ScopedAResource&& other) noexcept : mT(other.mT) { other.mT = DEFAULT; }
+    ScopedAResource& operator=(ScopedAResource&& other) noexcept {
+        if (this != &other) {
+            set(other.mT);
+            other.mT = DEFAULT;
+        }
+        return *this;
+    }
+
+private:
+    T mT;
+};
+
+}  // namespace impl
+
+class ScopedAParcel : public impl::ScopedAResource<AParcel*, AParcel_delete, nullptr> {
+public:
+    explicit ScopedAParcel(AParcel* a = nullptr) : ScopedAResource(a) {}
+    ScopedAParcel(ScopedAParcel&&) = default;
+    ScopedAParcel& operator=(ScopedAParcel&&) = default;
+};
+
+class ScopedAStatus : public impl::ScopedAResource<AStatus*, AStatus_delete, nullptr> {
+public:
+    explicit ScopedAStatus(AStatus* a = nullptr) : ScopedAResource(a) {}
+    ScopedAStatus(ScopedAStatus&&) = default;
+    ScopedAStatus& operator=(ScopedAStatus&&) = default;
+
+    bool isOk() const { return get() != nullptr && AStatus_isOk(get()); }
+    binder_exception_t getExceptionCode() const { return AStatus_getExceptionCode(get()); }
+    int32_t getServiceSpecificError() const { return AStatus_getServiceSpecificError(get()); }
+    binder_status_t getStatus() const { return AStatus_getStatus(get()); }
+    const char* getMessage() const { return AStatus_getMessage(get()); }
+    std::string getDescription() const {
+        const char* cStr = AStatus_getDescription(get());
+        std::string ret = cStr;
+        AStatus_deleteDescription(cStr);
+        return ret;
+    }
+
+    static ScopedAStatus ok() { return ScopedAStatus(AStatus_newOk()); }
+    static ScopedAStatus fromExceptionCode(binder_exception_t exception) {
+        return ScopedAStatus(AStatus_fromExceptionCode(exception));
+    }
+    static ScopedAStatus fromExceptionCodeWithMessage(binder_exception_t exception,
+                                                      const char* message) {
+        return ScopedAStatus(AStatus_fromExceptionCodeWithMessage(exception, message));
+    }
+    static ScopedAStatus fromServiceSpecificError(int32_t serviceSpecific) {
+        return ScopedAStatus(AStatus_fromServiceSpecificError(serviceSpecific));
+    }
+    static ScopedAStatus fromServiceSpecificErrorWithMessage(int32_t serviceSpecific,
+                                                             const char* message) {
+        return ScopedAStatus(AStatus_fromServiceSpecificErrorWithMessage(serviceSpecific, message));
+    }
+    static ScopedAStatus fromStatus(binder_status_t status) {
+        return ScopedAStatus(AStatus_fromStatus(status));
+    }
+};
+
+class ScopedAIBinder_DeathRecipient
+    : public impl::ScopedAResource<AIBinder_DeathRecipient*, AIBinder_DeathRecipient_delete,
+                                   nullptr> {
+public:
+    explicit ScopedAIBinder_DeathRecipient(AIBinder_DeathRecipient* a = nullptr)
+        : ScopedAResource(a) {}
+    ScopedAIBinder_DeathRecipient(ScopedAIBinder_DeathRecipient&&) = default;
+    ScopedAIBinder_DeathRecipient& operator=(ScopedAIBinder_DeathRecipient&&) = default;
+};
+
+class ScopedAIBinder_Weak
+    : public impl::ScopedAResource<AIBinder_Weak*, AIBinder_Weak_delete, nullptr> {
+public:
+    explicit ScopedAIBinder_Weak(AIBinder_Weak* a = nullptr) : ScopedAResource(a) {}
+    ScopedAIBinder_Weak(ScopedAIBinder_Weak&&) = default;
+    ScopedAIBinder_Weak& operator=(ScopedAIBinder_Weak&&) = default;
+    SpAIBinder promote() { return SpAIBinder(AIBinder_Weak_promote(get())); }
+};
+
+}  // namespace ndk

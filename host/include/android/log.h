@@ -1,0 +1,72 @@
+// Host stand-in of <android/log.h> (liblog, API 30 logger interface).
+//
+// __android_log_print first drops a line below the minimum priority (without formatting it, as
+// liblog does), then formats it and hands it to the logger set with __android_log_set_logger.
+// The default logger writes to stderr in logcat's brief form ("I/TAG: message") when the
+// ANDROID_LOG_TAGS environment variable asks for that tag and priority (for example "*:v" or
+// "[QEL_CLIENT]:i *:s"), and nowhere otherwise.
+#pragma once
+
+#include <stdarg.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+typedef enum android_LogPriority {
+    ANDROID_LOG_UNKNOWN = 0,
+    ANDROID_LOG_DEFAULT,
+    ANDROID_LOG_VERBOSE,
+    ANDROID_LOG_DEBUG,
+    ANDROID_LOG_INFO,
+    ANDROID_LOG_WARN,
+    ANDROID_LOG_ERROR,
+    ANDROID_LOG_FATAL,
+    ANDROID_LOG_SILENT,
+} android_LogPriority;
+
+typedef enum log_id {
+    LOG_ID_MIN = 0,
+    LOG_ID_MAIN = 0,
+    LOG_ID_RADIO = 1,
+    LOG_ID_EVENTS = 2,
+    LOG_ID_SYSTEM = 3,
+    LOG_ID_CRASH = 4,
+    LOG_ID_STATS = 5,
+    LOG_ID_SECURITY = 6,
+    LOG_ID_KERNEL = 7,
+    LOG_ID_MAX,
+    LOG_ID_DEFAULT = 0x7FFFFFFF
+} log_id_t;
+
+struct __android_log_message {
+    size_t struct_size;
+    int32_t buffer_id;
+    int32_t priority;
+    const char* tag;
+    const char* file;
+    uint32_t line;
+    const char* message;
+};
+
+typedef void (*__android_logger_function)(const struct __android_log_message* log_message);
+
+int __android_log_write(int prio, const char* tag, const char* text);
+int __android_log_print(int prio, const char* tag, const char* fmt, ...)
+        __attribute__((__format__(printf, 3, 4)));
+int __android_log_vprint(int prio, const char* tag, const char* fmt, va_list ap)
+        __attribute__((__format__(printf, 3, 0)));
+
+void __android_log_set_logger(__android_logger_function logger);
+void __android_log_stderr_logger(const struct __android_log_message* log_message);
+void __android_log_logd_logger(const struct __android_log_message* log_message);
+void __android_log_write_log_message(struct __android_log_message* log_message);
+int32_t __android_log_set_minimum_priority(int32_t priority);
+int32_t __android_log_get_minimum_priority(void);
+int __android_log_is_loggable(int prio, const char* tag, int default_prio);
+
+#ifdef __cplusplus
+}
+#endif

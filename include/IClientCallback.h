@@ -1,0 +1,28 @@
+// Caller-side callback interfaces of the class API.
+//
+// A caller passes one of these, held by std::shared_ptr, with a request or a listening
+// registration. The library keeps it alive for as long as the registration (or the one-shot
+// request) needs it and calls onCallback from a binder thread, with no library lock held, each
+// time the service reports. Implementations must therefore be thread-safe and may call back into
+// the library.
+#pragma once
+
+#include <list>
+#include <string>
+#include <vector>
+
+#include "qel.h"
+
+// Reports resources by id: the list is the caller's own copy.
+class IClientCallback {
+public:
+    virtual void onCallback(std::list<QelClient::Resource> resources) = 0;
+    virtual ~IClientCallback() = default;
+};
+
+// Reports resources by path: paths[i] holds values[i]; both vectors are the caller's copies.
+class IClientCallbackByPath {
+public:
+    virtual void onCallback(std::vector<std::string> paths, std::vector<std::string> values) = 0;
+    virtual ~IClientCallbackByPath() = default;
+};

@@ -1,0 +1,121 @@
+// Class API of libquarn-qel-client: drelHalclient.
+//
+// Static operations that map one to one onto the operations of the resource-control service
+// ("vendor.quarn.hardware.drel.IDrel/default"): resource and scene/system-activity control,
+// listening registrations, thermal notification, state queries, path-addressed variants,
+// diagnostics dumps and properties. The class API keeps one process-wide connection of its own;
+// the first call connects (waiting for a declared service to start), a service death or a failed
+// call drops the connection and the next call reconnects without any action of the caller.
+//
+// Results: a handle or the service's answer on success, -1 on every failure. Nothing is thrown.
+//
+// Thread safety: every operation may be called from any thread, including from inside a caller
+// callback (callbacks run on binder threads with no library lock held). Calls proceed in
+// parallel; connecting and resetting the connection wait for calls in flight.
+#pragma once
+
+#include <aidl/vendor/quarn/hardware/drel/DrelRequestParcel.h>
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "IClientCallback.h"
+#include "qel.h"
+#include "qel_export.h"
+
+// True when ids and values come in pairs: every non-zero id has a non-empty value and every zero
+// id has none. An empty list is valid.
+QEL_EXPORT bool checkResourceList(std::list<QelClient::Resource>& list);
+
+class QEL_EXPORT drelHalclient {
+public:
+    using DrelRequestParcel = ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
+    using ResourceList = std::list<QelClient::Resource>;
+
+    // Connects and asks the service to initialise.
+    static void drel_init();
+
+    // Resource control. Short forms supply -1 for what they lack; `flag` is sent as (flag >= 1).
+    static int drelResCtlRequest(int timeout, ResourceList& res, int p5);
+    static int drelResCtlRequest(int timeout, ResourceList& res, int flag, int p5);
+    static int drelResCtlRequest(int timeout, ResourceList& res, int p3, int flag, int p5);
+    static int drelResCtlRequest(int reqId, int timeout, ResourceList& res, int p5);
+    static int drelResCtlRequest(int reqId, int timeout, ResourceList& res, int flag, int p5);
+    static int drelResCtlRequest(int reqId, int timeout, ResourceList& res, int p3, int flag,
+                                 int p5);
+    // As above; cb is called once, when the service reports on the request.
+    static int drelResCtlRequest(int reqId, int timeout, ResourceList& res, int p3, int flag,
+                                 int p5, const std::shared_ptr<IClientCallback>& cb);
+
+    // Scene / system-activity control by a single id.
+    static int drelSACtlRequest(int timeout, int saId, int p5);
+    static int drelSACtlRequest(int reqId, int timeout, int saId, int p3, int flag, int p5);
+    static int drelSACtlRequest(int reqId, int timeout, int saId, int p3, int flag, int p5,
+                                const std::shared_ptr<IClientCallback>& cb);
+
+    // Give a handle back; the service's answer or -1.
+    static int drelResCtlRelease(int handle);
+    static int drelSACtlRelease(int handle);
+
+    // Registers callback for changes of resources; the registration handle or -1 (also when the
+    // same id list is registered already).
+    static int drelResListeningRegister(ResourceList& resources, int param,
+                                        const std::shared_ptr<IClientCallback>& callback);
+    // Drops every registration with this handle; the service's answer or -1.
+    static int drelResListeningUnRegister(int handle);
+    // Appends the service's current states to `states`; the size of `states` or -1.
+    static int drelResStateRequest(ResourceList& resources, int param, ResourceList& states);
+    // Tells the service thermal ids (resId) and levels (resValue); the service's answer or -1.
+    static int drelThermalNotify(ResourceList& levels, int param);
+    // Registers callback for thermal levels of subsysIds; the registration handle or -1.
+    static int drelThermalListeningRegister(const std::vector<int>& subsysIds,
+                                            const std::shared_ptr<IClientCallback>& callback);
+    static int drelThermalListeningUnregister(int handle);
+
+    // Sets the parcel's tags to exactly {"zdbdebug"}.
+    static void drel_add_zdbdebug_for_request_parcel(DrelRequestParcel& parcel);
+
+    // Path-addressed forms: paths[i] is requested with values[i].
+    static int drel_resctl_request_by_path(int reqId, long timeout,
+                                           const std::vector<std::string>& paths,
+                                           const std::vector<std::string>& values, int param3,
+                                           int flag, int param5);
+    static int drel_resctl_request_with_callback_by_path(
+            int reqId, long timeout, const std::vector<std::string>& paths,
+            const std::vector<std::string>& values, int param3, int flag, int param5,
+            const std::shared_ptr<IClientCallbackByPath>& callback);
+    static int drel_res_state_request_by_path(const std::vector<std::string>& paths,
+                                              const std::vector<std::string>& values, int param,
+                                              std::vector<std::string>& states);
+    static int drel_res_state_request_map_by_path(
+            const std::map<std::string, std::string>& pathValues, int param,
+            std::map<std::string, std::string>& stateMap);
+    static int drel_res_listening_register_by_path(
+            const std::vector<std::string>& paths, int param,
+            const std::shared_ptr<IClientCallbackByPath>& callback);
+    static int drel_res_listening_register_map_by_path(
+            const std::map<std::string, std::string>& pathValues, int param,
+            const std::shared_ptr<IClientCallbackByPath>& callback);
+
+    // Diagnostics: the service dumps a table to its own log. 0 on success, -1 otherwise.
+    static int drelDumpToDoQueue();
+    static int drelDumpRunMap();
+    static int drelDumpActiveResMap();
+    static int drelDumpResRequest();
+    static int drelDumpResInfo();
+    static int drelDumpSAInfo();
+    static int drelDumpPidFdList();
+    static int drelDumpPidfdMonitorMap();
+    static int drelDumpResRecordList();
+    static int drelHistoryRequestRecordOn();
+    static int drelHistoryRequestRecordOff();
+
+    // The property's value in a new char[256] the caller frees with delete[]. A value of 256
+    // bytes or more ends the process.
+    static char* drelPropertyGet(const std::string& name);
+    // The service's answer or -1.
+    static int drelPropertySet(const std::string& name, const std::string& value);
+};

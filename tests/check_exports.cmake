@@ -1,0 +1,20 @@
+# Fails when the client library does not export its API or exports the host stand-in's symbols.
+execute_process(COMMAND nm -D --defined-only -C ${LIB} OUTPUT_VARIABLE symbols
+                RESULT_VARIABLE result)
+if(NOT result EQUAL 0)
+    message(FATAL_ERROR "nm failed on ${LIB}")
+endif()
+foreach(required "drelHalclient::drel_init()" "checkResourceList(")
+    string(FIND "${symbols}" "${required}" at)
+    if(at EQUAL -1)
+        message(FATAL_ERROR "${LIB} does not export ${required}")
+    endif()
+endforeach()
+foreach(forbidden " AServiceManager_" " AIBinder_" " AStatus_" " __android_log_" " atrace_"
+                  " hostbinder::" " qel_internal::")
+    string(FIND "${symbols}" "${forbidden}" at)
+    if(NOT at EQUAL -1)
+        message(FATAL_ERROR "${LIB} exports a symbol matching '${forbidden}'")
+    endif()
+endforeach()
+message(STATUS "exports of ${LIB} are as expected")

@@ -1,0 +1,75 @@
+#include "support/log_capture.h"
+
+#include <algorithm>
+
+namespace qel_test {
+namespace {
+
+std::mutex gMutex;
+std::vector<LogLine>* gLines = nullptr;
+
+void captureLine(const __android_log_message* message) {
+    std::lock_guard<std::mutex> l(gMutex);
+    if (gLines == nullptr) return;
+    LogLine line{message->priority, std::nullopt, message->message};
+    if (message->tag != nullptr) line.tag = message->tag;
+    gLines->push_back(std::move(line));
+}
+
+}  // namespace
+
+std::ostream& operator<<(std::ostream& os, const LogLine& line) {
+    return os << "{" << line.priority << ", " << (line.tag ? *line.tag : "<no tag>") << ", \""
+              << line.message << "\"}";
+}
+
+LogCapture::LogCapture() {
+    {
+        std::lock_guard<std::mutex> l(gMutex);
+        gLines = new std::vector<LogLine>;
+    }
+    __android_log_set_logger(captureLine);
+}
+
+LogCapture::~LogCapture() {
+    __android_log_set_logger(nullptr);
+    std::lock_guard<std::mutex> l(gMutex);
+    delete gLines;
+    gLines = nullptr;
+}
+
+std::vector<LogLine> LogCapture::lines() const {
+    std::lock_guard<std::mutex> l(gMutex);
+    return *gLines;
+}
+
+std::vector<LogLine> LogCapture::linesWithTag(const std::string& tag) const {
+    std::vector<LogLine> out;
+    for (const LogLine& line : lines()) {
+        if (line.tag == tag) out.push_back(line);
+    }
+    return out;
+}
+
+std::vector<std::string> LogCapture::messages() const {
+    std::vector<std::string> out;
+    for (const LogLine& line : lines()) out.push_back(line.message);
+    return out;
+}
+
+bool LogCapture::contains(const LogLine& line) const {
+    auto all = lines();
+    return std::find(all.begin(), all.end(), line) != all.end();
+}
+
+int LogCapture::count(const std::string& message) const {
+    auto all = messages();
+    return static_cast<int>(std::count(all.begin(), all.end(), message));
+}
+
+void LogCapture::clear() {
+    std::lock_guard<std::mutex> l(gMutex);
+    gLines->clear();
+}
+
+}  // namespace qel_test

@@ -1,0 +1,45 @@
+// The usual fixture: a MockDrel registered under the service's instance name, log lines
+// captured, and the host stand-in reset after each test (which also drops both API connections
+// through their death notifications).
+#pragma once
+
+#include <android/binder_manager.h>
+#include <gtest/gtest.h>
+#include <hostbinder/hostbinder.h>
+
+#include <memory>
+
+#include "mocks/MockDrel.h"
+#include "support/log_capture.h"
+
+namespace qel_test {
+
+inline constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
+
+class ServiceFixture : public ::testing::Test {
+protected:
+    void SetUp() override {
+        hostbinder::reset();
+        startService();
+        log.clear();
+    }
+    void TearDown() override {
+        hostbinder::reset();
+        ::testing::Mock::VerifyAndClearExpectations(service.get());
+    }
+
+    // Registers a new mock service (a restart when one ran before).
+    void startService() {
+        service = ::ndk::SharedRefBase::make<::testing::NiceMock<MockDrel>>();
+        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+    }
+    void killService() {
+        hostbinder::killService(kInstance);
+        hostbinder::waitIdle();
+    }
+
+    LogCapture log;
+    std::shared_ptr<::testing::NiceMock<MockDrel>> service;
+};
+
+}  // namespace qel_test
