@@ -79,8 +79,7 @@ DrelCallbackClient::~DrelCallbackClient() {
     request_callbacks.erase(kept, request_callbacks.end());
     size_t after = request_callbacks.size();
     if (before == after) CB_LOGE("callback not found in request_callbacks");
-    CB_LOGI("DrelCallback::onCallback request callback called , remove from request_callbacks , "
-            "request_callbacks size before %d after %d",
+    CB_LOGI("DrelCallback::onCallback request callback called , remove from request_callbacks , request_callbacks size before %d after %d",
             static_cast<int>(before), static_cast<int>(after));
     return ::ndk::ScopedAStatus::ok();
 }
