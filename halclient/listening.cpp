@@ -6,6 +6,7 @@
 
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
+#include "halclient/registries.h"
 #include "halclient/wire.h"
 
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
@@ -16,7 +17,6 @@ using qel_internal::kDrelConnection;
 int drelHalclient::drelResListeningRegister(ResourceList& resources, int param,
                                             const std::shared_ptr<IClientCallback>& callback) {
     DREL_LOGI("drelResListeningRegister");
-    int32_t handle = -1;
     // Failures are reported under the path-map registration's name; the text is deliberate.
     GuardedCall call(kDrelConnection, "drel_res_listening_register_map");
     if (!call) return -1;
@@ -28,30 +28,8 @@ int drelHalclient::drelResListeningRegister(ResourceList& resources, int param,
     ids.reserve(resources.size());
     for (const QelClient::Resource& resource : resources) ids.push_back(resource.resId);
 
-    // Held across the binder call, so that the duplicate test and the append are one step for
-    // concurrent registrations.
-    std::unique_lock<std::mutex> groupsLock(callback_group_mutex);
-    for (const DrelCallbackGroup& group : callback_groups) {
-        // Only the id lists are compared, not the callbacks.
-        if (group.ids == ids) {
-            DREL_LOGE("Same callback interface registered already");
-            return -1;
-        }
-    }
-    auto client = ndk::SharedRefBase::make<DrelCallbackClient>(callback, /*is_register=*/true,
-                                                               /*by_path=*/false);
-    ndk::ScopedAStatus status = call->listeningRegister(parcel, client, &handle);
-    call.release(status);
-    if (call.ok()) {
-        callback_groups.emplace_back(client, std::move(ids), handle);
-        DREL_LOGI("A callback has been registered to Drel HAL ");
-    }
-    // The reset after a failure takes the connection lock exclusively. It must wait until
-    // callback_group_mutex is released: another registration may hold the connection lock shared
-    // while it waits for callback_group_mutex, and neither could go on.
-    groupsLock.unlock();
-    call.report();
-    return handle;
+    return qel_internal::registerListening(call, parcel, std::move(ids), &DrelCallbackGroup::ids,
+                                           callback);
 }
 
 int drelHalclient::drelResListeningUnRegister(int handle) {

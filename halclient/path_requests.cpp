@@ -5,6 +5,7 @@
 
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
+#include "halclient/registries.h"
 
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
@@ -39,11 +40,11 @@ int requestByPath(int reqId, long timeout, const std::vector<std::string>& paths
     if (flag >= 1) parcel.flag = true;
     if (paths.size() != values.size()) {
         // The callback form reuses the id form's wording.
-        DREL_LOGE("%s",
-                  callback != nullptr
-                          ? "drel client drel_resctl_request ERROR: size unmatched for id and "
-                            "value "
-                          : "drel_resctl_request ERROR: size unmatched for paths and value ");
+        DREL_LOGE(
+                "%s",
+                callback != nullptr
+                        ? "drel client drel_resctl_request ERROR: size unmatched for id and value "
+                        : "drel_resctl_request ERROR: size unmatched for paths and value ");
         return -1;
     }
     parcel.requestType = 1;
@@ -52,16 +53,9 @@ int requestByPath(int reqId, long timeout, const std::vector<std::string>& paths
     parcel.param3 = param3;
     parcel.param5 = param5;
     if (callback != nullptr) {
-        DREL_LOGI("new std::shared_ptr DrelCallbackClient callback");
-        auto client = ndk::SharedRefBase::make<DrelCallbackClient>(*callback, /*is_register=*/false,
-                                                                   /*by_path=*/true);
-        // Parked before the call, and left parked whatever its outcome: the client's own report
-        // takes it out.
-        {
-            std::lock_guard<std::mutex> lock(request_callback_mutex);
-            DREL_LOGI("drel client drel_resctl_request_with_callback add to request_callbacks");
-            request_callbacks.push_back(client);
-        }
+        auto client = qel_internal::parkRequestCallback(
+                *callback, /*byPath=*/true,
+                "drel client drel_resctl_request_with_callback add to request_callbacks");
         parcel.callback = client;
     }
     parcel.resources.reserve(paths.size());
@@ -78,7 +72,6 @@ int requestByPath(int reqId, long timeout, const std::vector<std::string>& paths
 int registerPaths(const char* failureName, std::vector<std::string> paths,
                   std::vector<DrelRequestData> records, int param,
                   const std::shared_ptr<IClientCallbackByPath>& callback) {
-    int32_t handle = -1;
     GuardedCall call(kDrelConnection, failureName);
     if (!call) return -1;
 
@@ -87,28 +80,8 @@ int registerPaths(const char* failureName, std::vector<std::string> paths,
     parcel.param5 = param;
     parcel.resources = std::move(records);
 
-    // Held across the binder call, so that the duplicate test and the append are one step for
-    // concurrent registrations.
-    std::unique_lock<std::mutex> groupsLock(callback_group_mutex);
-    for (const DrelCallbackGroup& group : callback_groups) {
-        if (group.paths == paths) {
-            DREL_LOGE("Same callback interface registered already");
-            return -1;
-        }
-    }
-    auto client = ndk::SharedRefBase::make<DrelCallbackClient>(callback, /*is_register=*/true,
-                                                               /*by_path=*/true);
-    ndk::ScopedAStatus status = call->listeningRegister(parcel, client, &handle);
-    call.release(status);
-    if (call.ok()) {
-        callback_groups.emplace_back(client, std::move(paths), handle);
-        DREL_LOGI("A callback has been registered to Drel HAL ");
-    }
-    // The reset takes the connection lock exclusively, so it waits until callback_group_mutex is
-    // released: another registration may hold the connection lock shared while waiting for it.
-    groupsLock.unlock();
-    call.report();
-    return handle;
+    return qel_internal::registerListening(call, parcel, std::move(paths),
+                                           &DrelCallbackGroup::paths, callback);
 }
 
 }  // namespace

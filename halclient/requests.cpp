@@ -3,6 +3,7 @@
 
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
+#include "halclient/registries.h"
 #include "halclient/wire.h"
 
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
@@ -39,19 +40,6 @@ constexpr RequestForm kSACtlWithCallback{"drel client drelSACtlRequest with call
                                          "drelSACtlRequest with callback", 2, nullptr,
                                          "drel client drelSACtlRequest add to request_callbacks"};
 
-// Makes the one-shot client of a request and parks it in request_callbacks, where it stays until
-// the service reports on it (even when the call then fails).
-std::shared_ptr<DrelCallbackClient> parkRequestCallback(const std::shared_ptr<IClientCallback>& cb,
-                                                        const char* parkedLine) {
-    DREL_LOGI("new std::shared_ptr DrelCallbackClient callback");
-    auto client = ndk::SharedRefBase::make<DrelCallbackClient>(cb, /*is_register=*/false,
-                                                               /*by_path=*/false);
-    std::lock_guard<std::mutex> lock(request_callback_mutex);
-    DREL_LOGI("%s", parkedLine);
-    request_callbacks.push_back(client);
-    return client;
-}
-
 // One guarded IDrel::request. `resources` is the list of a resource-control request (checked for
 // pairing), or null for a scene request, which carries the single id `saId` without a value.
 // `cb` is null for the forms without a callback.
@@ -74,7 +62,8 @@ int sendRequest(const RequestForm& form, int reqId, int timeout,
     parcel.reqId = reqId;
     parcel.timeout = timeout;
     parcel.requestType = form.requestType;
-    if (cb != nullptr) parcel.callback = parkRequestCallback(*cb, form.parkedLine);
+    if (cb != nullptr)
+        parcel.callback = qel_internal::parkRequestCallback(*cb, /*byPath=*/false, form.parkedLine);
     if (resources != nullptr) {
         qel_internal::appendToWire(parcel.resources, *resources);
     } else {
