@@ -2,6 +2,7 @@
 // bookkeeping of one-shot clients in request_callbacks.
 
 #include <algorithm>
+#include <mutex>
 
 #include "halclient/halclient_internal.h"
 #include "halclient/wire.h"
@@ -9,16 +10,36 @@
 #define CB_LOGI(...) __android_log_print(ANDROID_LOG_INFO, kDrelCallbackTag, __VA_ARGS__)
 #define CB_LOGE(...) __android_log_print(ANDROID_LOG_ERROR, kDrelCallbackTag, __VA_ARGS__)
 
+namespace {
+
+using ::aidl::vendor::quarn::hardware::drel::BnDrelCallback;
+using LogFunction = void (*)(const BnDrelCallback::TransactionLog&);
+
+// Puts printLog into the stub's transaction-log hook, replacing whatever is there. The stub reads
+// the hook on binder threads during every incoming transaction, so it is written only when it
+// does not hold printLog already: once installed, building more clients does not race with
+// callbacks in flight. The mutex orders concurrent constructors.
+void installPrintLog() {
+    static std::mutex installMutex;
+    std::lock_guard<std::mutex> lock(installMutex);
+    const LogFunction* installed = BnDrelCallback::logFunc.target<LogFunction>();
+    if (installed == nullptr || *installed != &qel_internal::printLog) {
+        BnDrelCallback::logFunc = qel_internal::printLog;
+    }
+}
+
+}  // namespace
+
 DrelCallbackClient::DrelCallbackClient(const std::shared_ptr<IClientCallback>& cb, bool is_register,
                                        bool by_path)
     : clientCallback(cb), is_register(is_register), by_path(by_path) {
-    BnDrelCallback::logFunc = qel_internal::printLog;
+    installPrintLog();
 }
 
 DrelCallbackClient::DrelCallbackClient(const std::shared_ptr<IClientCallbackByPath>& cb,
                                        bool is_register, bool by_path)
     : clientCallbackByPath(cb), is_register(is_register), by_path(by_path) {
-    BnDrelCallback::logFunc = qel_internal::printLog;
+    installPrintLog();
 }
 
 DrelCallbackClient::~DrelCallbackClient() {
@@ -79,8 +100,7 @@ DrelCallbackClient::~DrelCallbackClient() {
     request_callbacks.erase(kept, request_callbacks.end());
     size_t after = request_callbacks.size();
     if (before == after) CB_LOGE("callback not found in request_callbacks");
-    CB_LOGI("DrelCallback::onCallback request callback called , remove from request_callbacks , "
-            "request_callbacks size before %d after %d",
+    CB_LOGI("DrelCallback::onCallback request callback called , remove from request_callbacks , request_callbacks size before %d after %d",
             static_cast<int>(before), static_cast<int>(after));
     return ::ndk::ScopedAStatus::ok();
 }

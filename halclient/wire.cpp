@@ -24,11 +24,11 @@ QelClient::Resource fromWire(const DrelRequestData& data) {
 
 void printLog(const BnDrelCallback::TransactionLog& log) {
     // Logged without a tag, as the stub's own transaction log.
-    __android_log_print(ANDROID_LOG_INFO, nullptr,
-                        "BnDrelCallback::logFunc NDK BACKEND method_name %s exception_code %d "
-                        "exception_message %s transaction_error %d service_specific_error_code %d",
-                        log.method_name.c_str(), log.exception_code, log.exception_message.c_str(),
-                        log.transaction_error, log.service_specific_error_code);
+    __android_log_print(
+            ANDROID_LOG_INFO, nullptr,
+            "BnDrelCallback::logFunc NDK BACKEND method_name %s exception_code %d exception_message %s transaction_error %d service_specific_error_code %d",
+            log.method_name.c_str(), log.exception_code, log.exception_message.c_str(),
+            log.transaction_error, log.service_specific_error_code);
 }
 
 }  // namespace qel_internal

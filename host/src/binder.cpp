@@ -23,6 +23,11 @@ struct AIBinder_Weak {
 struct AIBinder_DeathRecipient {
     AIBinder_DeathRecipient_onBinderDied onDied;
     std::vector<ABpBinder*> linkedTo;  // one entry per link; guarded by the global mutex
+
+    void forgetOneLink(ABpBinder* proxy) {
+        auto it = std::find(linkedTo.begin(), linkedTo.end(), proxy);
+        if (it != linkedTo.end()) linkedTo.erase(it);
+    }
 };
 
 namespace hostbinder {
@@ -147,8 +152,7 @@ void killProcess(const std::shared_ptr<Process>& proc) {
             affected.push_back(proxy);
             if (!targetDied) continue;
             for (const DeathLink& link : proxy->links) {
-                auto& linked = link.recipient->linkedTo;
-                linked.erase(std::find(linked.begin(), linked.end(), proxy));
+                link.recipient->forgetOneLink(proxy);
                 deaths.emplace_back(link.recipient->onDied, link.cookie);
                 deliverTo.push_back(proxy->owner);
             }
@@ -284,11 +288,9 @@ void ABpBinder::onLastStrongRef() {
     {
         auto& r = rt();
         std::lock_guard<std::mutex> l(r.mutex);
-        r.proxies.erase(std::find(r.proxies.begin(), r.proxies.end(), this));
-        for (const DeathLink& link : links) {
-            auto& linked = link.recipient->linkedTo;
-            linked.erase(std::find(linked.begin(), linked.end(), this));
-        }
+        auto self = std::find(r.proxies.begin(), r.proxies.end(), this);
+        if (self != r.proxies.end()) r.proxies.erase(self);
+        for (const DeathLink& link : links) link.recipient->forgetOneLink(this);
         links.clear();
     }
     ABBinder* old = nullptr;
@@ -372,8 +374,7 @@ binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient
     });
     if (it == proxy->links.end()) return STATUS_NAME_NOT_FOUND;
     proxy->links.erase(it);
-    auto& linked = recipient->linkedTo;
-    linked.erase(std::find(linked.begin(), linked.end(), proxy));
+    recipient->forgetOneLink(proxy);
     std::lock_guard<std::mutex> pl(proxy->mutex);
     return proxy->dead ? STATUS_DEAD_OBJECT : STATUS_OK;
 }

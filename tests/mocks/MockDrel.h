@@ -36,7 +36,8 @@ public:
                 (int32_t, int32_t, const std::vector<DrelRequestData>&, int32_t*), (override));
 };
 
-// Actions for the out-parameter style of the generated interface.
+// Actions for the out-parameter style of the generated interface: ReturnResult for methods of
+// two parameters (the out-value second), ReturnResult3 and ReturnResult4 for three and four.
 ACTION_P(ReturnResult, value) {
     *arg1 = value;
     return ::ndk::ScopedAStatus::ok();

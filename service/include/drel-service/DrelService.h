@@ -1,0 +1,224 @@
+// DrelService: a small example implementation of vendor.quarn.hardware.drel.IDrel.
+//
+// It keeps everything in memory and touches no hardware: requests hold resources (named by a
+// 32-bit id or by a path) at text values until they are released or time out, state queries
+// answer the values in force, listeners hear about changes, thermal levels fan out to the
+// listeners of their ids, and rules, properties, notifications and related system information
+// are recorded. service/README.md states the rules exactly.
+//
+// Thread safety: every IDrel operation and every accessor may be called from any thread at any
+// time. One mutex guards the state; client callbacks (listeners, one-shot request callbacks,
+// thermal listeners) are always called after that mutex has been released, so a callback may call
+// back into the service.
+//
+// Time: timeouts are in milliseconds on the clock given in Options (a monotonic clock by
+// default). Expired requests are dropped at the start of every IDrel operation that reads or
+// changes resource state, by expireDue(), and by the expiry thread once startExpiryThread() has
+// been called (the service binary does; tests drive a manual clock and call expireDue()).
+#pragma once
+
+#include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace aidl {
+namespace vendor {
+namespace quarn {
+namespace hardware {
+namespace drel {
+
+class DrelService : public BnDrel {
+public:
+    // Milliseconds on a monotonic clock; only differences matter.
+    using Clock = std::function<std::chrono::milliseconds()>;
+
+    struct Options {
+        Clock clock;                       // empty: std::chrono::steady_clock
+        size_t historyCapacity = 32;       // request history entries kept (oldest dropped)
+        size_t notificationCapacity = 32;  // kind-10 notifications kept (oldest dropped)
+    };
+
+    // What ruleCtl last set for a rule.
+    struct RuleState {
+        int32_t status = 0;
+        std::vector<DrelRequestData> data;
+    };
+
+    // Request kinds (DrelRequestParcel::requestType) the service understands.
+    static constexpr int32_t kKindState = 0;
+    static constexpr int32_t kKindResource = 1;
+    static constexpr int32_t kKindScene = 2;
+    static constexpr int32_t kKindDiagnostic = 5;
+    static constexpr int32_t kKindThermal = 7;
+    static constexpr int32_t kKindEvent = 8;
+    static constexpr int32_t kKindNotify = 10;
+    static constexpr int32_t kKindHistory = 11;
+    static constexpr int32_t kKindPlatform = 12;
+    static constexpr int32_t kKindPowerMode = 13;
+
+    // Diagnostic selectors (resId of the one record of a kind-5 request).
+    static constexpr int32_t kHistoryRecordOn = 0xA;
+    static constexpr int32_t kHistoryRecordOff = 0xB;
+
+    // The value of a resource that no live request holds.
+    static constexpr const char* kDefaultValue = "0";
+    static constexpr const char* kLogTag = "DrelService";
+
+    DrelService();
+    explicit DrelService(Options options);
+    ~DrelService() override;
+
+    // IDrel.
+    ::ndk::ScopedAStatus init() override;
+    ::ndk::ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus release(int32_t handle, int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus stateRequest(const DrelRequestParcel& parcel,
+                                      std::vector<DrelRequestData>* _aidl_return) override;
+    ::ndk::ScopedAStatus listeningRegister(const DrelRequestParcel& parcel,
+                                           const std::shared_ptr<IDrelCallback>& callback,
+                                           int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus listeningUnregister(int32_t handle, int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus propertyGet(const std::string& name, std::string* _aidl_return) override;
+    ::ndk::ScopedAStatus propertySet(const std::string& name, const std::string& value,
+                                     int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>& ids,
+                                                  const std::shared_ptr<IDrelCallback>& callback,
+                                                  int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus thermalListeningUnregister(int32_t handle, int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus reserved11() override;
+    ::ndk::ScopedAStatus setRelatedSysInfo(int32_t type, int64_t info,
+                                           int32_t* _aidl_return) override;
+    ::ndk::ScopedAStatus ruleCtl(int32_t ruleId, int32_t status,
+                                 const std::vector<DrelRequestData>& data,
+                                 int32_t* _aidl_return) override;
+
+    // Starts the thread that drops requests when their timeouts expire. Idempotent; the thread
+    // stops in the destructor.
+    void startExpiryThread();
+    // Drops every request whose timeout has expired by the clock's current time, notifies the
+    // listeners of what changed, and returns how many requests were dropped.
+    int expireDue();
+
+    // Observations for the service's owner and for tests.
+    int initCount() const;
+    size_t liveRequestCount() const;
+    std::optional<RuleState> ruleState(int32_t ruleId) const;
+    std::optional<int64_t> relatedSysInfo(int32_t type) const;
+    // The records of the kept kind-10 notifications, oldest first.
+    std::vector<std::vector<DrelRequestData>> notifications() const;
+    // The level last notified for a thermal id.
+    std::optional<std::string> thermalLevel(int32_t id) const;
+    bool historyRecording() const;
+
+private:
+    // A resource: by id when the id is not 0, otherwise by path.
+    struct Key {
+        int32_t id = 0;
+        std::string path;
+        bool operator<(const Key& other) const;
+        bool operator==(const Key& other) const;
+    };
+    struct Held {
+        Key key;
+        std::string value;
+    };
+    struct Request {
+        int32_t kind = 0;
+        uint64_t sequence = 0;  // order of arrival; never wraps, unlike handles
+        std::vector<Held> held;
+        std::optional<std::chrono::milliseconds> deadline;
+    };
+    struct Holder {
+        int32_t handle;
+        std::string value;
+    };
+    struct Listener {
+        std::vector<Key> keys;
+        std::shared_ptr<IDrelCallback> callback;
+    };
+    struct ThermalListener {
+        std::vector<int32_t> ids;
+        std::shared_ptr<IDrelCallback> callback;
+    };
+    struct HistoryEntry {
+        int32_t handle;
+        int32_t kind;
+        std::string text;
+    };
+    // A call to a client's callback, made once the mutex has been released. `handle` names the
+    // registration it belongs to (0 for a one-shot request callback), so that a registration
+    // whose client has died can be dropped.
+    struct Report {
+        std::shared_ptr<IDrelCallback> callback;
+        std::vector<DrelRequestData> data;
+        int32_t handle = 0;
+        bool thermal = false;
+    };
+    using Reports = std::vector<Report>;
+    // Values in force before a change, for the keys the change touches.
+    using Snapshot = std::map<Key, std::string>;
+
+    static std::optional<Key> keyOf(const DrelRequestData& record);
+    static DrelRequestData recordOf(const Key& key, const std::string& value);
+    static std::string describe(const Key& key);
+
+    std::chrono::milliseconds now() const;
+    int32_t allocateHandleLocked();
+    std::string valueLocked(const Key& key) const;
+    void snapshotLocked(const std::vector<Held>& held, Snapshot& before) const;
+    void notifyChangesLocked(const Snapshot& before, Reports& reports) const;
+    int32_t addRequestLocked(const DrelRequestParcel& parcel, Reports& reports);
+    void dropRequestLocked(int32_t handle, Reports& reports);
+    int expireLocked(Reports& reports);
+    int32_t thermalNotifyLocked(const DrelRequestParcel& parcel, Reports& reports);
+    int32_t diagnosticLocked(const DrelRequestParcel& parcel);
+    void dumpLocked(int32_t selector) const;
+    void recordHistoryLocked(int32_t handle, const DrelRequestParcel& parcel,
+                             const Request& request);
+    void deliver(Reports& reports);
+    void expiryLoop();
+
+    const Options options_;
+
+    mutable std::mutex mutex_;
+    int32_t nextHandle_ = 1;
+    uint64_t nextSequence_ = 1;
+    int initCount_ = 0;
+    std::map<int32_t, Request> requests_;
+    // For every held resource, each live request that holds it and at what value, in order of
+    // arrival: the newest is in force.
+    std::map<Key, std::map<uint64_t, Holder>> holders_;
+    std::set<std::pair<std::chrono::milliseconds, int32_t>> deadlines_;
+    std::map<int32_t, Listener> listeners_;
+    std::map<int32_t, ThermalListener> thermalListeners_;
+    std::map<int32_t, std::string> thermalLevels_;
+    std::deque<HistoryEntry> history_;
+    bool historyRecording_ = true;
+    std::deque<std::vector<DrelRequestData>> notifications_;
+    std::map<std::string, std::string> properties_;
+    std::map<int32_t, RuleState> rules_;
+    std::map<int32_t, int64_t> sysInfo_;
+
+    std::condition_variable expiryWake_;
+    bool stopping_ = false;
+    std::thread expiryThread_;
+};
+
+}  // namespace drel
+}  // namespace hardware
+}  // namespace quarn
+}  // namespace vendor
+}  // namespace aidl

@@ -1,0 +1,50 @@
+// Rule control and related system information: the records and arguments they pass, and the
+// service's answer.
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "qel.h"
+#include "support/flat_fixture.h"
+
+namespace qel_test {
+namespace {
+
+using ::testing::_;
+using ::testing::DoAll;
+using ::testing::SaveArg;
+
+class FlatRuleControlTest : public FlatFixture {};
+
+TEST_F(FlatRuleControlTest, RuleCtlSendsOneRecordPerResourceWithValuesPresent) {
+    std::vector<DrelRequestData> records;
+    EXPECT_CALL(*service, ruleCtl(9, 1, _, _))
+            .WillOnce(DoAll(SaveArg<2>(&records), ReturnResult4(17)));
+    // Unpaired ids and values are sent as they are: nothing is validated here.
+    std::vector<QelClient::Resource> resources{
+            {0x010112F0, "enable 0"}, {0x01011910, std::nullopt}, {0, "7"}};
+    EXPECT_EQ(17, qelRuleCtl(9, 1, resources));
+    EXPECT_EQ((std::vector<DrelRequestData>{wireRecord(0x010112F0, 0, "enable 0"),
+                                            wireRecord(0x01011910, 0, ""), wireRecord(0, 0, "7")}),
+              records);
+    EXPECT_EQ(qelLines(),
+              std::vector<LogLine>{qelLine(ANDROID_LOG_INFO, "qelRuleCtl, ruleId:9, status:1")});
+}
+
+TEST_F(FlatRuleControlTest, RuleCtlWithAnEmptyListStillCallsTheService) {
+    std::vector<DrelRequestData> records{wireRecord(1)};
+    EXPECT_CALL(*service, ruleCtl(130, 0, _, _))
+            .WillOnce(DoAll(SaveArg<2>(&records), ReturnResult4(0)));
+    EXPECT_EQ(0, qelRuleCtl(130, 0, {}));
+    EXPECT_TRUE(records.empty());
+}
+
+TEST_F(FlatRuleControlTest, SetRelatedSysInfoPassesBothArgumentsUnchangedWithoutLogging) {
+    EXPECT_CALL(*service, setRelatedSysInfo(-3, 0x123456789ABCL, _)).WillOnce(ReturnResult3(21));
+    EXPECT_EQ(21, setRelatedSysInfo(-3, 0x123456789ABCL));
+    EXPECT_TRUE(qelLines().empty());
+}
+
+}  // namespace
+}  // namespace qel_test

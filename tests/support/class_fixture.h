@@ -1,0 +1,176 @@
+// Support for the class API's tests: a fixture that also empties the process-wide callback
+// registries around each test, recording caller callbacks, and helpers to build resources, read
+// the registries and state expected log lines.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <hostbinder/hostbinder.h>
+
+#include <condition_variable>
+#include <functional>
+#include <list>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "IClientCallback.h"
+#include "halclient.h"
+#include "halclient/halclient_internal.h"
+#include "support/service_fixture.h"
+
+namespace aidl::vendor::quarn::hardware::drel {
+// Readable failure output for whole-record comparisons.
+inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
+    *os << parcel.toString();
+}
+inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
+    *os << data.toString();
+}
+}  // namespace aidl::vendor::quarn::hardware::drel
+
+namespace qel_test {
+
+using Resource = QelClient::Resource;
+using ResourceList = std::list<QelClient::Resource>;
+
+inline const std::string kRequestTag = "DRELFramework-lib-vendor";
+inline const std::string kCallbackTag = "DrelFramework-lib-vendor";
+
+inline LogLine info(const std::string& message) {
+    return {ANDROID_LOG_INFO, kRequestTag, message};
+}
+inline LogLine error(const std::string& message) {
+    return {ANDROID_LOG_ERROR, kRequestTag, message};
+}
+inline LogLine cbInfo(const std::string& message) {
+    return {ANDROID_LOG_INFO, kCallbackTag, message};
+}
+inline LogLine cbError(const std::string& message) {
+    return {ANDROID_LOG_ERROR, kCallbackTag, message};
+}
+
+// A resource list as comparable pairs: id and value (absent stays absent).
+using ResourcePairs = std::vector<std::pair<int32_t, std::optional<std::string>>>;
+inline ResourcePairs asPairs(const ResourceList& list) {
+    ResourcePairs pairs;
+    for (const Resource& r : list) pairs.emplace_back(r.resId, r.resValue);
+    return pairs;
+}
+
+inline Resource res(int32_t id, std::optional<std::string> value = std::nullopt) {
+    Resource r;
+    r.resId = id;
+    r.resValue = std::move(value);
+    return r;
+}
+
+// A wire record as the library builds it from a caller's resource.
+inline DrelRequestData wireRes(int32_t id, const std::string& value) {
+    DrelRequestData d;
+    d.resId = id;
+    d.resValue = value;
+    return d;
+}
+// A wire record of the path form.
+inline DrelRequestData wirePath(const std::string& path, std::optional<std::string> value) {
+    DrelRequestData d;
+    d.resPath = path;
+    d.resValue = std::move(value);
+    return d;
+}
+
+inline size_t parkedCount() {
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    return request_callbacks.size();
+}
+inline std::vector<std::shared_ptr<DrelCallbackClient>> parked() {
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    return request_callbacks;
+}
+inline std::vector<int> groupHandles() {
+    std::lock_guard<std::mutex> lock(callback_group_mutex);
+    std::vector<int> handles;
+    for (const DrelCallbackGroup& group : callback_groups) handles.push_back(group.handle);
+    return handles;
+}
+
+// Empties both registries; the entries are destroyed after the locks are released.
+inline void clearRegistries() {
+    std::vector<DrelCallbackGroup> groups;
+    std::vector<std::shared_ptr<DrelCallbackClient>> clients;
+    {
+        std::lock_guard<std::mutex> lock(callback_group_mutex);
+        groups.swap(callback_groups);
+    }
+    {
+        std::lock_guard<std::mutex> lock(request_callback_mutex);
+        clients.swap(request_callbacks);
+    }
+}
+
+// Records each report; `onReport`, when set, runs inside the caller's callback.
+class RecordingCallback : public IClientCallback {
+public:
+    void onCallback(std::list<QelClient::Resource> resources) override {
+        if (onReport) onReport();
+        std::lock_guard<std::mutex> lock(mMutex);
+        mReports.push_back(std::move(resources));
+        mChanged.notify_all();
+    }
+    std::vector<ResourceList> reports() const {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return mReports;
+    }
+    // Waits for `n` reports (the service's thread delivers them).
+    void waitFor(size_t n) {
+        std::unique_lock<std::mutex> lock(mMutex);
+        mChanged.wait(lock, [&] { return mReports.size() >= n; });
+    }
+
+    std::function<void()> onReport;
+
+private:
+    mutable std::mutex mMutex;
+    std::condition_variable mChanged;
+    std::vector<ResourceList> mReports;
+};
+
+class RecordingPathCallback : public IClientCallbackByPath {
+public:
+    struct Report {
+        std::vector<std::string> paths;
+        std::vector<std::string> values;
+    };
+    void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
+        std::lock_guard<std::mutex> lock(mMutex);
+        mReports.push_back({std::move(paths), std::move(values)});
+    }
+    std::vector<Report> reports() const {
+        std::lock_guard<std::mutex> lock(mMutex);
+        return mReports;
+    }
+
+private:
+    mutable std::mutex mMutex;
+    std::vector<Report> mReports;
+};
+
+// The usual fixture, with empty registries at the start and end of every test.
+class ClassApiFixture : public ServiceFixture {
+protected:
+    void SetUp() override {
+        clearRegistries();
+        ServiceFixture::SetUp();
+    }
+    void TearDown() override {
+        ServiceFixture::TearDown();
+        clearRegistries();
+        hostbinder::waitIdle();
+    }
+};
+
+}  // namespace qel_test

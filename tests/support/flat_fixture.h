@@ -1,0 +1,64 @@
+// The fixture of the flat API's tests: the usual mock service and log capture, plus a look at
+// the flat API's own connection, its log lines, and readable printing of the wire records.
+#pragma once
+
+#include <aidl/vendor/quarn/hardware/drel/DrelRequestData.h>
+#include <aidl/vendor/quarn/hardware/drel/DrelRequestParcel.h>
+#include <unistd.h>
+
+#include <optional>
+#include <ostream>
+#include <shared_mutex>
+#include <string>
+#include <vector>
+
+#include "qel/qel_internal.h"
+#include "support/service_fixture.h"
+
+namespace aidl::vendor::quarn::hardware::drel {
+// So that failed expectations show the records instead of their bytes.
+inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
+    *os << data.toString();
+}
+inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
+    *os << parcel.toString();
+}
+}  // namespace aidl::vendor::quarn::hardware::drel
+
+namespace qel_test {
+
+inline constexpr const char* kQelTag = "[QEL_CLIENT]";
+
+// One line of the flat API's log.
+inline LogLine qelLine(int priority, std::string message) {
+    return {priority, std::string(kQelTag), std::move(message)};
+}
+
+// A wire record with the given fields; the texts absent unless given.
+inline DrelRequestData wireRecord(int32_t id, int32_t param = 0,
+                                  std::optional<std::string> value = std::nullopt,
+                                  std::optional<std::string> extra = std::nullopt) {
+    DrelRequestData data;
+    data.resId = id;
+    data.resParam = param;
+    data.resValue = std::move(value);
+    data.resExtra = std::move(extra);
+    return data;
+}
+
+// The trace markers a zero-length section named `name` writes.
+inline std::vector<std::string> sectionMarkers(const std::string& name) {
+    std::string pid = std::to_string(getpid());
+    return {"B|" + pid + "|" + name, "E|" + pid};
+}
+
+class FlatFixture : public ServiceFixture {
+protected:
+    static bool qelConnected() {
+        std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
+        return g_qel_hal != nullptr;
+    }
+    std::vector<LogLine> qelLines() const { return log.linesWithTag(kQelTag); }
+};
+
+}  // namespace qel_test
