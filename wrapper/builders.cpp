@@ -109,3 +109,10 @@ std::vector<Resource> getGameUpgradeList(int, int, int level, int, int, std::str
     if (!text.empty()) list.push_back(QelResourceInfo(kGameUpgradeTextOpCode, std::move(text)));
     return list;
 }
+
+void clrGameUpgradeMode(int ruleId, int mode) {
+    // "-1" clears the level; the second, empty value clears the upgrade text.
+    std::vector<Resource> list = {QelResourceInfo(kColocationOpCode, "-1"),
+                                  QelResourceInfo(kColocationOpCode, "")};
+    qelRuleCtl(ruleId, mode, list);
+}
