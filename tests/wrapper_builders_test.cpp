@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <ostream>
 
 #include "QelWrapper.h"
 #include "support/wrapper_test_util.h"
@@ -18,6 +19,10 @@ struct BuilderCase {
     std::string text;
     ResourcePairs expected;
 };
+
+void PrintTo(const BuilderCase& c, std::ostream* os) {
+    *os << c.builder << "(\"" << c.text << "\")";
+}
 
 Builder builderNamed(const std::string& name) {
     if (name == "getTargetLoadList") return getTargetLoadList;
