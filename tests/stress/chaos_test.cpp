@@ -1,6 +1,7 @@
-// Chaos: T caller threads run a bounded random mix of every operation of the class API and the
-// flat API against the example service, while a chaos thread kills and restarts the service at
-// random moments and the service itself fails, errs and stalls at random (FaultyDrel).
+// Chaos: T caller threads run a bounded random mix of every operation of the class API, the flat
+// API and the action wrapper against the example service, while a chaos thread kills and restarts
+// the service at random moments and the service itself fails, errs and stalls at random
+// (FaultyDrel).
 //
 // What must hold: nothing crashes; the run ends within its bound (a watchdog ends the process
 // otherwise); every result is -1 or a value the service gave; after each restart the next call
@@ -21,6 +22,7 @@
 #include <condition_variable>
 #include <cstdio>
 #include <deque>
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -30,6 +32,7 @@
 #include <thread>
 #include <vector>
 
+#include "QelWrapper.h"
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
 #include "qel.h"
@@ -267,7 +270,7 @@ public:
 
     void step() {
         run_.enter();
-        switch (rng_.below(26)) {
+        switch (rng_.below(29)) {
             case 0:
                 resCtl(false);
                 break;
@@ -344,8 +347,17 @@ public:
             case 24:
                 powerMode();
                 break;
-            default:
+            case 25:
                 ruleControl();
+                break;
+            case 26:
+                wrapperAcquire();
+                break;
+            case 27:
+                wrapperRelease();
+                break;
+            default:
+                wrapperNotify();
                 break;
         }
         run_.leave();
@@ -356,6 +368,8 @@ public:
         while (!registrations_.empty()) unregisterOldest();
         for (int handle : classHandles_) drelHalclient::drelResCtlRelease(handle);
         for (int handle : flatHandles_) QelRelease(handle);
+        for (int handle : wrapperHandles_) QelReleaseWapper(handle);
+        wrapperHandles_.clear();
         classHandles_.clear();
         flatHandles_.clear();
     }
@@ -647,12 +661,45 @@ private:
         }
     }
 
+    // An event of the catalogue (or, now and then, a name that is none) through the wrapper.
+    void wrapperAcquire() {
+        std::string name = rng_.percent(90) && !gActionList.empty()
+                                   ? gActionList[rng_.below(static_cast<int>(gActionList.size()))]
+                                   : "NO_SUCH_ACTION";
+        int handle = QelEventAcquireWrapper("PRAXEL_" + name, "stress.scene", "caller", timeout());
+        run_.checkAnswer("QelEventAcquireWrapper", handle);
+        keep(wrapperHandles_, handle, false);
+    }
+
+    void wrapperRelease() {
+        if (wrapperHandles_.empty()) return;
+        ++run_.operations;
+        if (QelReleaseWapper(wrapperHandles_.front()) != 0) {
+            run_.findings.add("QelReleaseWapper answered other than 0");
+        }
+        wrapperHandles_.pop_front();
+    }
+
+    // A scenario report of every kind the wrapper knows, with texts for the rules that take one.
+    void wrapperNotify() {
+        static constexpr int kSources[] = {1,   2,   3,   8,   9,   14,   15,
+                                           102, 111, 129, 130, 131, 1000, 9000};
+        static const char* const kTexts[] = {"0-80,1-90", "colocation:1,groupmigrate:95-85",
+                                             "1,2;3,4", ""};
+        int src = kSources[rng_.below(static_cast<int>(std::size(kSources)))];
+        int result = QelNotifyWapper("stress", src, rng_.below(3) - 1, rng_.below(5), 0, 0,
+                                     kTexts[rng_.below(4)]);
+        ++run_.operations;
+        if (result != 0) run_.findings.add("QelNotifyWapper answered other than 0");
+    }
+
     ChaosRun& run_;
     const int index_;
     Rng rng_;
     int serial_ = 0;
     std::deque<int> classHandles_;
     std::deque<int> flatHandles_;
+    std::deque<int> wrapperHandles_;
     std::deque<Registration> registrations_;
     // Listeners of dropped registrations, kept so that a late report finds its caller alive as
     // a real caller would keep it.
@@ -666,6 +713,9 @@ void checkNextCallsSucceed(ChaosRun& run, int restart, uint64_t& checked) {
     EXPECT_EQ(0, drelHalclient::drelPropertySet("stress.restart", std::to_string(restart)))
             << "class API after restart " << restart;
     EXPECT_EQ(0, setRelatedSysInfo(99, restart)) << "flat API after restart " << restart;
+    int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "stress", "check", 0);
+    EXPECT_TRUE(handle != -1 && run.ledger.gave(handle)) << "wrapper after restart " << restart;
+    EXPECT_EQ(0, QelReleaseWapper(handle));
     run.faultsOn = true;
     ++checked;
 }
