@@ -365,7 +365,11 @@ public:
 
     // Gives back every registration (faults are off by now, the service up) and every handle.
     void cleanUp() {
-        while (!registrations_.empty()) unregisterOldest();
+        // With the service up and no faults, each registration goes at the first attempt; the
+        // bound only keeps a broken library from hanging here.
+        for (int attempt = 0; attempt < 1000 && !registrations_.empty(); ++attempt) {
+            unregisterOldest();
+        }
         for (int handle : classHandles_) drelHalclient::drelResCtlRelease(handle);
         for (int handle : flatHandles_) QelRelease(handle);
         for (int handle : wrapperHandles_) QelReleaseWapper(handle);
@@ -477,6 +481,9 @@ private:
         remember(handle, false, listener);
     }
 
+    // Unregisters the oldest registration. A -1 may mean that the call was never made (the
+    // connection was reset by another thread's failed call in between), which leaves the group
+    // in place, so the registration is kept to be tried again until its group is gone.
     void unregisterOldest() {
         if (registrations_.empty()) return;
         Registration registration = registrations_.front();
@@ -488,7 +495,23 @@ private:
         // Only this drops the group from callback_groups (thermal ones too).
         run_.checkAnswer("drelResListeningUnRegister",
                          drelHalclient::drelResListeningUnRegister(registration.handle));
-        orphans_.push_back(registration.listener);
+        if (stillRegistered(registration.listener.get())) {
+            registrations_.push_back(registration);
+        } else {
+            orphans_.push_back(registration.listener);
+        }
+    }
+
+    static bool stillRegistered(const Listener* listener) {
+        std::lock_guard<std::mutex> lock(callback_group_mutex);
+        for (const DrelCallbackGroup& group : callback_groups) {
+            const DrelCallbackClient& client = *group.client;
+            if (client.clientCallback.get() == listener ||
+                client.clientCallbackByPath.get() == listener) {
+                return true;
+            }
+        }
+        return false;
     }
 
     void thermalNotify() {
