@@ -2,6 +2,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "alloc_counter.h"
 #include "bench_data.h"
 #include "halclient.h"
 
@@ -21,16 +22,19 @@ void floorResCtlRequest(benchmark::State& state) {
     parcel.reqId = -1;
     parcel.timeout = kDuration;
     parcel.resources = toWire(resources(5));
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int32_t handle = -1;
         if (!checkOk(state, proxy->request(parcel, &handle))) break;
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
 }
 
 void libraryResCtlRequest(benchmark::State& state) {
     const std::vector<QelClient::Resource> five = resources(5);
     drelHalclient::ResourceList list(five.begin(), five.end());
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int handle = drelHalclient::drelResCtlRequest(kDuration, list, kParam5);
         if (handle < 0) {
@@ -39,6 +43,7 @@ void libraryResCtlRequest(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
 }
 
 }  // namespace

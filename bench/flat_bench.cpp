@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "alloc_counter.h"
 #include "bench_data.h"
 #include "qel.h"
 
@@ -19,15 +20,18 @@ void floorEventAcquire(benchmark::State& state, int count) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const DrelRequestParcel parcel =
             eventParcel(kCmdColdLaunch, kPkg, kIdentity, kDuration, resources(count));
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int32_t handle = -1;
         if (!checkOk(state, proxy->request(parcel, &handle))) break;
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
 }
 
 void libraryEventAcquire(benchmark::State& state, int count) {
     const std::vector<QelClient::Resource> list = resources(count);
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int handle = QelEventAcquire(kCmdColdLaunch, kPkg, kIdentity, kDuration, list);
         if (handle < 0) {
@@ -36,19 +40,24 @@ void libraryEventAcquire(benchmark::State& state, int count) {
         }
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
 }
 
 void floorRelease(benchmark::State& state) {
     std::shared_ptr<IDrel> proxy = benchProxy();
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int32_t result = -1;
         if (!checkOk(state, proxy->release(1, &result))) break;
         benchmark::DoNotOptimize(result);
     }
+    reportAllocations(state, allocations);
 }
 
 void libraryRelease(benchmark::State& state) {
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) QelRelease(1);
+    reportAllocations(state, allocations);
 }
 
 // 16 ids to read; the service answers each with a value.
@@ -66,15 +75,18 @@ void floorStateRequest(benchmark::State& state) {
         record.resId = id.resId;
         parcel.resources.push_back(record);
     }
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         std::vector<DrelRequestData> reply;
         if (!checkOk(state, proxy->stateRequest(parcel, &reply))) break;
         benchmark::DoNotOptimize(reply.data());
     }
+    reportAllocations(state, allocations);
 }
 
 void libraryStateRequest(benchmark::State& state) {
     std::vector<QelClient::Resource> ids = stateIds();
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int found = QelMutiResStateRequest(ids);
         if (found != 16) {
@@ -83,6 +95,7 @@ void libraryStateRequest(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(found);
     }
+    reportAllocations(state, allocations);
 }
 
 // A target-load rule with three loads, as QelNotifyWapper sends for src 130.
@@ -93,14 +106,17 @@ const std::vector<QelClient::Resource> kTargetLoads{
 void floorRuleCtl(benchmark::State& state) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const std::vector<DrelRequestData> records = toWire(kTargetLoads);
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int32_t answer = -1;
         if (!checkOk(state, proxy->ruleCtl(kRuleTargetLoad, 1, records, &answer))) break;
         benchmark::DoNotOptimize(answer);
     }
+    reportAllocations(state, allocations);
 }
 
 void libraryRuleCtl(benchmark::State& state) {
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int answer = qelRuleCtl(kRuleTargetLoad, 1, kTargetLoads);
         if (answer < 0) {
@@ -109,6 +125,7 @@ void libraryRuleCtl(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(answer);
     }
+    reportAllocations(state, allocations);
 }
 
 }  // namespace

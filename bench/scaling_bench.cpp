@@ -6,6 +6,7 @@
 
 #include <chrono>
 
+#include "alloc_counter.h"
 #include "bench_data.h"
 #include "halclient.h"
 #include "qel.h"
@@ -29,16 +30,19 @@ void stopSpinning(const benchmark::State& /*state*/) {
 void scalingFloor(benchmark::State& state) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const DrelRequestParcel parcel = eventParcel(1, kPkg, kIdentity, kDuration, resources(5));
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int32_t handle = -1;
         if (!checkOk(state, proxy->request(parcel, &handle))) break;
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
     state.SetItemsProcessed(state.iterations());
 }
 
 void scalingFlat(benchmark::State& state) {
     const std::vector<QelClient::Resource> list = resources(5);
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int handle = QelEventAcquire(1, kPkg, kIdentity, kDuration, list);
         if (handle < 0) {
@@ -47,12 +51,14 @@ void scalingFlat(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
     state.SetItemsProcessed(state.iterations());
 }
 
 void scalingClass(benchmark::State& state) {
     const std::vector<QelClient::Resource> five = resources(5);
     drelHalclient::ResourceList list(five.begin(), five.end());
+    const uint64_t allocations = threadAllocations();
     for (auto _ : state) {
         int handle = drelHalclient::drelResCtlRequest(kDuration, list, 0);
         if (handle < 0) {
@@ -61,6 +67,7 @@ void scalingClass(benchmark::State& state) {
         }
         benchmark::DoNotOptimize(handle);
     }
+    reportAllocations(state, allocations);
     state.SetItemsProcessed(state.iterations());
 }
 
