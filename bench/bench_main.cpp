@@ -5,8 +5,25 @@
 #include <android/log.h>
 #include <benchmark/benchmark.h>
 
+#include <vector>
+
 #include "bench_data.h"
 #include "bench_service.h"
+
+namespace {
+
+// The console output, remembering whether any case stopped with an error, so that the exit
+// status tells a smoke run that a case no longer works.
+class CheckingReporter : public benchmark::ConsoleReporter {
+public:
+    void ReportRuns(const std::vector<Run>& runs) override {
+        for (const Run& run : runs) failed = failed || run.error_occurred;
+        ConsoleReporter::ReportRuns(runs);
+    }
+    bool failed = false;
+};
+
+}  // namespace
 
 int main(int argc, char** argv) {
     // As on a device whose log level hides the library's lines: they are dropped before being
@@ -20,7 +37,8 @@ int main(int argc, char** argv) {
 
     benchmark::Initialize(&argc, argv);
     if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-    benchmark::RunSpecifiedBenchmarks();
+    CheckingReporter reporter;
+    benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();
-    return 0;
+    return reporter.failed ? 1 : 0;
 }
