@@ -1,0 +1,118 @@
+// Scenario texts to resource lists for the rule control. The builders keep no state; a malformed
+// item is skipped on its own and never fails the whole text.
+
+#include <iterator>
+#include <optional>
+
+#include "QelWrapper.h"
+#include "stringUtils.h"
+#include "wrapper/opcode_tables.h"
+
+using qel_wrapper::opCodeAt;
+using QelClient::Resource;
+
+namespace {
+
+constexpr int32_t kColocationOpCode = 0x01011040;  // also the game upgrade level
+constexpr int32_t kGroupMigrateUpOpCode = 0x01010FB0;
+constexpr int32_t kGroupMigrateDownOpCode = 0x01010FC0;
+constexpr int32_t kGameUpgradeTextOpCode = 0x010115B0;
+
+// One table per group of a game-adaptive text, in group order.
+constexpr size_t kGameAdpTables[] = {qel_wrapper::kCoreBoostTable, qel_wrapper::kCoreLimitTable,
+                                     qel_wrapper::kFreqBoostTable, qel_wrapper::kFreqLimitTable};
+
+// Appends (table[position], value). Positions are not held to the table's own length: a position
+// past it takes the next table's opcode. Only a position past the whole block appends nothing.
+void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::string value) {
+    if (std::optional<int32_t> opcode = opCodeAt(table, position)) {
+        list.push_back(QelResourceInfo(*opcode, std::move(value)));
+    }
+}
+
+}  // namespace
+
+Resource QelResourceInfo(int opcode, std::string value) {
+    Resource resource;
+    resource.resId = opcode;
+    resource.resValue = std::move(value);
+    return resource;
+}
+
+std::vector<Resource> getTargetLoadList(std::string text) {
+    std::vector<Resource> list;
+    if (text.empty()) return list;
+    // Either every item is "<anything>-<load>" or every item is a bare load; one "-" anywhere
+    // in the text selects the first form for all items.
+    bool ranged = stringUtils::contains(text, "-");
+    std::vector<std::string> items = stringUtils::split(text, ",");
+    for (size_t i = 0; i < items.size(); ++i) {
+        if (ranged) {
+            std::vector<std::string> parts = stringUtils::split(items[i], "-");
+            if (parts.size() >= 2) appendAt(list, qel_wrapper::kTargetLoadTable, i, parts[1]);
+        } else if (items[i] != "-1") {
+            // "-1" (no target) cannot reach here, since it holds a "-"; the test is kept as
+            // the meaning of the bare form.
+            appendAt(list, qel_wrapper::kTargetLoadTable, i, items[i]);
+        }
+    }
+    return list;
+}
+
+std::vector<Resource> getColocationList(std::string text) {
+    std::vector<Resource> list;
+    if (!stringUtils::contains(text, ":")) return list;
+    for (const std::string& item : stringUtils::split(text, ",")) {
+        std::vector<std::string> keyValue = stringUtils::split(item, ":");
+        if (keyValue.size() < 2) continue;
+        const std::string& key = keyValue[0];
+        const std::string& value = keyValue[1];
+        if (key == "colocation") {
+            list.push_back(QelResourceInfo(kColocationOpCode, value));
+        } else if (key == "groupmigrate") {
+            if (!stringUtils::contains(value, "-")) continue;
+            std::vector<std::string> bounds = stringUtils::split(value, "-");
+            if (bounds.size() < 2) continue;
+            // A bound that is no number counts as 0. The first must be strictly the larger;
+            // neither can be -1 since "-" separates them, but the service's "none" is refused
+            // all the same.
+            int up = stringUtils::parseInt(bounds[0]);
+            int down = stringUtils::parseInt(bounds[1]);
+            if (up > down && up != -1 && down != -1) {
+                list.push_back(QelResourceInfo(kGroupMigrateUpOpCode, std::to_string(up)));
+                list.push_back(QelResourceInfo(kGroupMigrateDownOpCode, std::to_string(down)));
+            }
+        }
+    }
+    return list;
+}
+
+std::vector<Resource> getGameAdpList(std::string text) {
+    std::vector<Resource> list;
+    if (text.empty()) return list;
+    std::vector<std::string> groups = stringUtils::split(text, ";");
+    for (size_t g = 0; g < groups.size() && g < std::size(kGameAdpTables); ++g) {
+        // A group is a comma list; one value alone must be written "v," to count.
+        if (!stringUtils::contains(groups[g], ",")) continue;
+        std::vector<std::string> items = stringUtils::split(groups[g], ",");
+        for (size_t j = 0; j < items.size(); ++j) {
+            appendAt(list, kGameAdpTables[g], j,
+                     stringUtils::trim(items[j], stringUtils::WHITESPACE));
+        }
+    }
+    return list;
+}
+
+std::vector<Resource> getGameUpgradeList(int, int, int level, int, int, std::string text) {
+    std::vector<Resource> list;
+    if (level >= 1) list.push_back(QelResourceInfo(kColocationOpCode, std::to_string(level)));
+    if (!text.empty()) list.push_back(QelResourceInfo(kGameUpgradeTextOpCode, std::move(text)));
+    return list;
+}
+
+void clrGameUpgradeMode(int ruleId, int mode) {
+    // "-1" clears the level; the second, empty value clears the upgrade text.
+    std::vector<Resource> list = {QelResourceInfo(kColocationOpCode, "-1"),
+                                  QelResourceInfo(kColocationOpCode, "")};
+    qelRuleCtl(ruleId, mode, list);
+}
