@@ -3,9 +3,11 @@
 
 #include <iterator>
 #include <optional>
+#include <string_view>
 
 #include "QelWrapper.h"
 #include "stringUtils.h"
+#include "wrapper/fields.h"
 #include "wrapper/opcode_tables.h"
 
 using qel_wrapper::opCodeAt;
@@ -23,10 +25,11 @@ constexpr size_t kGameAdpTables[] = {qel_wrapper::kCoreBoostTable, qel_wrapper::
                                      qel_wrapper::kFreqBoostTable, qel_wrapper::kFreqLimitTable};
 
 // Appends (table[position], value). Positions are not held to the table's own length: a position
-// past it takes the next table's opcode. Only a position past the whole block appends nothing.
-void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::string value) {
+// past it takes the next table's opcode. Only a position past the whole block appends nothing,
+// and then no copy of the value is made.
+void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::string_view value) {
     if (std::optional<int32_t> opcode = opCodeAt(table, position)) {
-        list.push_back(QelResourceInfo(*opcode, std::move(value)));
+        list.push_back(QelResourceInfo(*opcode, std::string(value)));
     }
 }
 
@@ -44,18 +47,26 @@ std::vector<Resource> getTargetLoadList(std::string text) {
     if (text.empty()) return list;
     // Either every item is "<anything>-<load>" or every item is a bare load; one "-" anywhere
     // in the text selects the first form for all items.
-    bool ranged = stringUtils::contains(text, "-");
-    std::vector<std::string> items = stringUtils::split(text, ",");
-    for (size_t i = 0; i < items.size(); ++i) {
+    bool ranged = text.find('-') != std::string::npos;
+    // The items are walked in place: a long text is not first copied into a vector of items,
+    // most of which (past the end of the opcode block) append nothing.
+    size_t i = 0;
+    qel_wrapper::forEachField(text, ",", [&](std::string_view item) {
         if (ranged) {
-            std::vector<std::string> parts = stringUtils::split(items[i], "-");
-            if (parts.size() >= 2) appendAt(list, qel_wrapper::kTargetLoadTable, i, parts[1]);
-        } else if (items[i] != "-1") {
+            // The load is the second part of the item split at "-"; the first is ignored.
+            size_t parts = 0;
+            std::string_view load;
+            qel_wrapper::forEachField(item, "-", [&](std::string_view part) {
+                if (parts++ == 1) load = part;
+            });
+            if (parts >= 2) appendAt(list, qel_wrapper::kTargetLoadTable, i, load);
+        } else if (item != "-1") {
             // "-1" (no target) cannot reach here, since it holds a "-"; the test is kept as
             // the meaning of the bare form.
-            appendAt(list, qel_wrapper::kTargetLoadTable, i, items[i]);
+            appendAt(list, qel_wrapper::kTargetLoadTable, i, item);
         }
-    }
+        ++i;
+    });
     return list;
 }
 
