@@ -59,5 +59,6 @@ inline bool checkOk(benchmark::State& state, const ::ndk::ScopedAStatus& status)
 void registerFlatBenchmarks();
 void registerClassBenchmarks();
 void registerScalingBenchmarks();
+void registerWrapperBenchmarks();
 
 }  // namespace qel_bench

@@ -4,6 +4,7 @@
 
 #include <android/log.h>
 #include <benchmark/benchmark.h>
+#include <unistd.h>
 
 #include <vector>
 
@@ -16,6 +17,9 @@ namespace {
 // status tells a smoke run that a case no longer works.
 class CheckingReporter : public benchmark::ConsoleReporter {
 public:
+    // Colours only on a terminal, so that a log or a pipe gets plain text.
+    CheckingReporter() : ConsoleReporter(isatty(STDOUT_FILENO) ? OO_ColorTabular : OO_Tabular) {}
+
     void ReportRuns(const std::vector<Run>& runs) override {
         for (const Run& run : runs) failed = failed || run.error_occurred;
         ConsoleReporter::ReportRuns(runs);
@@ -33,6 +37,7 @@ int main(int argc, char** argv) {
 
     qel_bench::registerFlatBenchmarks();
     qel_bench::registerClassBenchmarks();
+    qel_bench::registerWrapperBenchmarks();
     qel_bench::registerScalingBenchmarks();
 
     benchmark::Initialize(&argc, argv);
