@@ -54,12 +54,9 @@ std::vector<Resource> getTargetLoadList(std::string text) {
     qel_wrapper::forEachField(text, ",", [&](std::string_view item) {
         if (ranged) {
             // The load is the second part of the item split at "-"; the first is ignored.
-            size_t parts = 0;
-            std::string_view load;
-            qel_wrapper::forEachField(item, "-", [&](std::string_view part) {
-                if (parts++ == 1) load = part;
-            });
-            if (parts >= 2) appendAt(list, qel_wrapper::kTargetLoadTable, i, load);
+            if (auto parts = qel_wrapper::firstTwoFields(item, "-")) {
+                appendAt(list, qel_wrapper::kTargetLoadTable, i, parts->second);
+            }
         } else if (item != "-1") {
             // "-1" (no target) cannot reach here, since it holds a "-"; the test is kept as
             // the meaning of the bare form.
@@ -72,45 +69,49 @@ std::vector<Resource> getTargetLoadList(std::string text) {
 
 std::vector<Resource> getColocationList(std::string text) {
     std::vector<Resource> list;
-    if (!stringUtils::contains(text, ":")) return list;
-    for (const std::string& item : stringUtils::split(text, ",")) {
-        std::vector<std::string> keyValue = stringUtils::split(item, ":");
-        if (keyValue.size() < 2) continue;
-        const std::string& key = keyValue[0];
-        const std::string& value = keyValue[1];
+    if (text.find(':') == std::string::npos) return list;
+    // Items, keys, values and bounds are walked as views into the text; only what is appended
+    // is copied.
+    qel_wrapper::forEachField(text, ",", [&](std::string_view item) {
+        auto keyValue = qel_wrapper::firstTwoFields(item, ":");
+        if (!keyValue) return;
+        auto [key, value] = *keyValue;
         if (key == "colocation") {
-            list.push_back(QelResourceInfo(kColocationOpCode, value));
+            list.push_back(QelResourceInfo(kColocationOpCode, std::string(value)));
         } else if (key == "groupmigrate") {
-            if (!stringUtils::contains(value, "-")) continue;
-            std::vector<std::string> bounds = stringUtils::split(value, "-");
-            if (bounds.size() < 2) continue;
+            if (value.find('-') == std::string_view::npos) return;
+            auto bounds = qel_wrapper::firstTwoFields(value, "-");
+            if (!bounds) return;
             // A bound that is no number counts as 0. The first must be strictly the larger;
             // neither can be -1 since "-" separates them, but the service's "none" is refused
             // all the same.
-            int up = stringUtils::parseInt(bounds[0]);
-            int down = stringUtils::parseInt(bounds[1]);
+            int up = stringUtils::parseInt(std::string(bounds->first));
+            int down = stringUtils::parseInt(std::string(bounds->second));
             if (up > down && up != -1 && down != -1) {
                 list.push_back(QelResourceInfo(kGroupMigrateUpOpCode, std::to_string(up)));
                 list.push_back(QelResourceInfo(kGroupMigrateDownOpCode, std::to_string(down)));
             }
         }
-    }
+    });
     return list;
 }
 
 std::vector<Resource> getGameAdpList(std::string text) {
     std::vector<Resource> list;
     if (text.empty()) return list;
-    std::vector<std::string> groups = stringUtils::split(text, ";");
-    for (size_t g = 0; g < groups.size() && g < std::size(kGameAdpTables); ++g) {
+    // Groups and items are walked as views into the text; only appended values are copied.
+    size_t g = 0;
+    qel_wrapper::forEachField(text, ";", [&](std::string_view group) {
+        size_t table = g++;
+        if (table >= std::size(kGameAdpTables)) return;  // groups past the fourth are ignored
         // A group is a comma list; one value alone must be written "v," to count.
-        if (!stringUtils::contains(groups[g], ",")) continue;
-        std::vector<std::string> items = stringUtils::split(groups[g], ",");
-        for (size_t j = 0; j < items.size(); ++j) {
-            appendAt(list, kGameAdpTables[g], j,
-                     stringUtils::trim(items[j], stringUtils::WHITESPACE));
-        }
-    }
+        if (group.find(',') == std::string_view::npos) return;
+        size_t j = 0;
+        qel_wrapper::forEachField(group, ",", [&](std::string_view item) {
+            appendAt(list, kGameAdpTables[table], j++,
+                     qel_wrapper::trimmed(item, stringUtils::WHITESPACE));
+        });
+    });
     return list;
 }
 
