@@ -8,11 +8,13 @@
 
 namespace qel_internal {
 
-DrelRequestData toWire(const QelClient::Resource& resource) {
-    DrelRequestData data;
+void toWire(const QelClient::Resource& resource, DrelRequestData& data) {
     data.resId = resource.resId;
-    data.resValue = resource.resValue ? *resource.resValue : std::string();
-    return data;
+    if (resource.resValue) {
+        data.resValue = *resource.resValue;
+    } else {
+        data.resValue.emplace();
+    }
 }
 
 QelClient::Resource fromWire(const DrelRequestData& data) {

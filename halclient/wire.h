@@ -14,15 +14,17 @@ namespace qel_internal {
 using ::aidl::vendor::quarn::hardware::drel::BnDrelCallback;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 
-// The wire record of one resource: its id, resParam 0, and its value, or an empty value when
-// it has none, so that resValue is always present. resPath and resExtra stay absent.
-DrelRequestData toWire(const QelClient::Resource& resource);
+// Makes `data`, a default-constructed record, the wire record of one resource: its id,
+// resParam 0, and its value, or an empty value when it has none, so that resValue is always
+// present. resPath and resExtra stay absent.
+void toWire(const QelClient::Resource& resource, DrelRequestData& data);
 
-// Appends the wire records of `resources`, in order.
+// Appends the wire records of `resources`, in order. Each is built in place in `out`: the
+// requests' hot path makes no temporary record per resource.
 template <typename Container>
 void appendToWire(std::vector<DrelRequestData>& out, const Container& resources) {
     out.reserve(out.size() + resources.size());
-    for (const QelClient::Resource& resource : resources) out.push_back(toWire(resource));
+    for (const QelClient::Resource& resource : resources) toWire(resource, out.emplace_back());
 }
 
 // The caller's record of a reported one: same id, value present (empty when absent).

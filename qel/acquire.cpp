@@ -41,10 +41,10 @@ DrelRequestParcel eventParcel(int cmdId, const std::string& pkg, const std::stri
     } else if (cmdId == kCmdResources) {
         parcel.requestType = kTypeResources;
     } else {
-        // Any other id, negative ones included, leads the records as an event.
-        DrelRequestData command;
-        command.resId = cmdId;
-        parcel.resources.push_back(std::move(command));
+        // Any other id, negative ones included, leads the records as an event. Room for the
+        // caller's records is made at once, so that they do not move the vector again.
+        parcel.resources.reserve(1 + resources.size());
+        parcel.resources.emplace_back().resId = cmdId;
     }
     // Not validated: the flat API sends whatever pairs the caller gives.
     qel_internal::appendToWire(parcel.resources, resources);
@@ -55,11 +55,11 @@ DrelRequestParcel eventParcel(int cmdId, const std::string& pkg, const std::stri
 
 int QelEventAcquire(int cmdId, const std::string& pkg, const std::string& identity, int duration,
                     const std::vector<QelClient::Resource>& resources) {
-    // The description begins with a blank, hence two after the function name.
-    std::string description = " cmd_id:" + std::to_string(cmdId) + " pkg:" + orNone(pkg) +
-                              " identity:" + orNone(identity) +
-                              " duration:" + std::to_string(duration);
-    qel_internal::traceMarker("QelEventAcquire %s", description.c_str());
+    // "QelEventAcquire " followed by the description " cmd_id:... duration:...", which begins
+    // with a blank, hence two after the function name. Formatted in one go, and only when
+    // tracing is on.
+    qel_internal::traceMarker("QelEventAcquire  cmd_id:%d pkg:%s identity:%s duration:%d", cmdId,
+                              orNone(pkg), orNone(identity), duration);
     QEL_LOGI("QelEventAcquire, cmdid:%d, pkg:%s, identity:%s", cmdId, orNone(pkg),
              orNone(identity));
 

@@ -56,6 +56,8 @@ const HalConnection kQelConnection{g_qel_hal, g_qel_hal_lock, connectQel, kQelTa
                                    "%s() failed : drel HAL service not available"};
 
 void traceMarker(const char* format, ...) {
+    // Nothing is formatted while tracing is off: this runs on every acquire and release.
+    if (!(atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS)) return;
     char text[1024] = {};
     va_list args;
     va_start(args, format);
@@ -63,10 +65,8 @@ void traceMarker(const char* format, ...) {
     va_end(args);
     // Begun and ended at once: the section marks the moment, it does not span the binder call.
     // The tag is looked at again before ending, as the trace macros do.
-    if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) {
-        atrace_begin_body(text);
-        if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) atrace_end_body();
-    }
+    atrace_begin_body(text);
+    if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) atrace_end_body();
 }
 
 }  // namespace qel_internal

@@ -47,6 +47,7 @@ int QelMutiResStateRequest(std::vector<QelClient::Resource>& resources) {
     if (!call) return -1;
     DrelRequestParcel parcel;  // request type 0: a state query
     // Only the ids are sent; the values the caller holds are what gets overwritten.
+    parcel.resources.reserve(resources.size());
     for (const QelClient::Resource& resource : resources) {
         parcel.resources.push_back(idRecord(resource.resId));
     }

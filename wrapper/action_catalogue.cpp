@@ -2,6 +2,7 @@
 // only read afterwards.
 
 #include "QelWrapper.h"
+#include "wrapper/action_index.h"
 #include "wrapper/opcode_tables.h"
 
 // A name's position is the command id the service knows it by. The list is not a set: the four
@@ -232,6 +233,9 @@ std::vector<std::string> gActionList = {
 };
 
 namespace qel_wrapper {
+
+// Made after the catalogue it indexes: both are initialised in this order, at load time.
+const ActionIndex gActionIndex(gActionList);
 
 // clang-format off
 int32_t gOpCodeBlock[kOpCodeWords] = {

@@ -3,9 +3,11 @@
 
 #include <iterator>
 #include <optional>
+#include <string_view>
 
 #include "QelWrapper.h"
 #include "stringUtils.h"
+#include "wrapper/fields.h"
 #include "wrapper/opcode_tables.h"
 
 using qel_wrapper::opCodeAt;
@@ -23,10 +25,11 @@ constexpr size_t kGameAdpTables[] = {qel_wrapper::kCoreBoostTable, qel_wrapper::
                                      qel_wrapper::kFreqBoostTable, qel_wrapper::kFreqLimitTable};
 
 // Appends (table[position], value). Positions are not held to the table's own length: a position
-// past it takes the next table's opcode. Only a position past the whole block appends nothing.
-void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::string value) {
+// past it takes the next table's opcode. Only a position past the whole block appends nothing,
+// and then no copy of the value is made.
+void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::string_view value) {
     if (std::optional<int32_t> opcode = opCodeAt(table, position)) {
-        list.push_back(QelResourceInfo(*opcode, std::move(value)));
+        list.push_back(QelResourceInfo(*opcode, std::string(value)));
     }
 }
 
@@ -44,62 +47,71 @@ std::vector<Resource> getTargetLoadList(std::string text) {
     if (text.empty()) return list;
     // Either every item is "<anything>-<load>" or every item is a bare load; one "-" anywhere
     // in the text selects the first form for all items.
-    bool ranged = stringUtils::contains(text, "-");
-    std::vector<std::string> items = stringUtils::split(text, ",");
-    for (size_t i = 0; i < items.size(); ++i) {
+    bool ranged = text.find('-') != std::string::npos;
+    // The items are walked in place: a long text is not first copied into a vector of items,
+    // most of which (past the end of the opcode block) append nothing.
+    size_t i = 0;
+    qel_wrapper::forEachField(text, ",", [&](std::string_view item) {
         if (ranged) {
-            std::vector<std::string> parts = stringUtils::split(items[i], "-");
-            if (parts.size() >= 2) appendAt(list, qel_wrapper::kTargetLoadTable, i, parts[1]);
-        } else if (items[i] != "-1") {
+            // The load is the second part of the item split at "-"; the first is ignored.
+            if (auto parts = qel_wrapper::firstTwoFields(item, "-")) {
+                appendAt(list, qel_wrapper::kTargetLoadTable, i, parts->second);
+            }
+        } else if (item != "-1") {
             // "-1" (no target) cannot reach here, since it holds a "-"; the test is kept as
             // the meaning of the bare form.
-            appendAt(list, qel_wrapper::kTargetLoadTable, i, items[i]);
+            appendAt(list, qel_wrapper::kTargetLoadTable, i, item);
         }
-    }
+        ++i;
+    });
     return list;
 }
 
 std::vector<Resource> getColocationList(std::string text) {
     std::vector<Resource> list;
-    if (!stringUtils::contains(text, ":")) return list;
-    for (const std::string& item : stringUtils::split(text, ",")) {
-        std::vector<std::string> keyValue = stringUtils::split(item, ":");
-        if (keyValue.size() < 2) continue;
-        const std::string& key = keyValue[0];
-        const std::string& value = keyValue[1];
+    if (text.find(':') == std::string::npos) return list;
+    // Items, keys, values and bounds are walked as views into the text; only what is appended
+    // is copied.
+    qel_wrapper::forEachField(text, ",", [&](std::string_view item) {
+        auto keyValue = qel_wrapper::firstTwoFields(item, ":");
+        if (!keyValue) return;
+        auto [key, value] = *keyValue;
         if (key == "colocation") {
-            list.push_back(QelResourceInfo(kColocationOpCode, value));
+            list.push_back(QelResourceInfo(kColocationOpCode, std::string(value)));
         } else if (key == "groupmigrate") {
-            if (!stringUtils::contains(value, "-")) continue;
-            std::vector<std::string> bounds = stringUtils::split(value, "-");
-            if (bounds.size() < 2) continue;
+            if (value.find('-') == std::string_view::npos) return;
+            auto bounds = qel_wrapper::firstTwoFields(value, "-");
+            if (!bounds) return;
             // A bound that is no number counts as 0. The first must be strictly the larger;
             // neither can be -1 since "-" separates them, but the service's "none" is refused
             // all the same.
-            int up = stringUtils::parseInt(bounds[0]);
-            int down = stringUtils::parseInt(bounds[1]);
+            int up = stringUtils::parseInt(std::string(bounds->first));
+            int down = stringUtils::parseInt(std::string(bounds->second));
             if (up > down && up != -1 && down != -1) {
                 list.push_back(QelResourceInfo(kGroupMigrateUpOpCode, std::to_string(up)));
                 list.push_back(QelResourceInfo(kGroupMigrateDownOpCode, std::to_string(down)));
             }
         }
-    }
+    });
     return list;
 }
 
 std::vector<Resource> getGameAdpList(std::string text) {
     std::vector<Resource> list;
     if (text.empty()) return list;
-    std::vector<std::string> groups = stringUtils::split(text, ";");
-    for (size_t g = 0; g < groups.size() && g < std::size(kGameAdpTables); ++g) {
+    // Groups and items are walked as views into the text; only appended values are copied.
+    size_t g = 0;
+    qel_wrapper::forEachField(text, ";", [&](std::string_view group) {
+        size_t table = g++;
+        if (table >= std::size(kGameAdpTables)) return;  // groups past the fourth are ignored
         // A group is a comma list; one value alone must be written "v," to count.
-        if (!stringUtils::contains(groups[g], ",")) continue;
-        std::vector<std::string> items = stringUtils::split(groups[g], ",");
-        for (size_t j = 0; j < items.size(); ++j) {
-            appendAt(list, kGameAdpTables[g], j,
-                     stringUtils::trim(items[j], stringUtils::WHITESPACE));
-        }
-    }
+        if (group.find(',') == std::string_view::npos) return;
+        size_t j = 0;
+        qel_wrapper::forEachField(group, ",", [&](std::string_view item) {
+            appendAt(list, kGameAdpTables[table], j++,
+                     qel_wrapper::trimmed(item, stringUtils::WHITESPACE));
+        });
+    });
     return list;
 }
 

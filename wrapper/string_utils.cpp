@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "stringUtils.h"
+#include "wrapper/fields.h"
 
 namespace stringUtils {
 
@@ -48,13 +49,8 @@ std::string trim(const std::string& s, const char* chars) {
 
 std::vector<std::string> split(const std::string& s, std::string delims) {
     std::vector<std::string> fields;
-    size_t start = s.find_first_not_of(delims);
-    size_t stop = s.find_first_of(delims, start);
-    while (start != std::string::npos) {  // stop is npos whenever start is
-        fields.push_back(s.substr(start, stop - start));
-        start = s.find_first_not_of(delims, stop);
-        stop = s.find_first_of(delims, start);
-    }
+    qel_wrapper::forEachField(s, delims,
+                              [&](std::string_view field) { fields.emplace_back(field); });
     return fields;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "QelWrapper.h"
+#include "wrapper/action_index.h"
 
 using QelClient::Resource;
 
@@ -16,10 +17,6 @@ using QelClient::Resource;
 namespace {
 
 constexpr const char* kWrapperTag = "[QEL_CLIENT_WRAPPER]";
-
-// Event ids are "PRAXEL_" followed by an action name.
-constexpr char kEventPrefix[] = "PRAXEL_";
-constexpr size_t kEventPrefixLength = sizeof(kEventPrefix) - 1;
 
 // Resource opcodes of the scenario rules.
 constexpr int32_t kRule8And111OpCode = 0x010103A0;
@@ -31,18 +28,6 @@ constexpr int kSharedRule = 200;
 
 const char* orNone(const std::string& text) {
     return text.empty() ? "none" : text.c_str();
-}
-
-// The command id of eventId: the first position in gActionList whose name is the event id from
-// index 7 on, or -1. Since no name holds "PRAXEL_", only an id that begins with it can match.
-int commandIdOf(const std::string& eventId) {
-    if (eventId.find(kEventPrefix) == std::string::npos) return -1;
-    for (size_t i = 0; i < gActionList.size(); ++i) {
-        if (eventId.compare(kEventPrefixLength, std::string::npos, gActionList[i]) == 0) {
-            return static_cast<int>(i);
-        }
-    }
-    return -1;
 }
 
 // The rules that carry a scenario text: switched on with the builder's list of a non-empty
@@ -64,7 +49,8 @@ int QelEventAcquireWrapper(const std::string& eventId, const std::string& scene,
                            const std::string& identity, int timeout) {
     WRAPPER_LOGI("[%s] eventId:%s, scene:%s, identity:%s, timeout:%d", "QelEventAcquireWrapper",
                  orNone(eventId), orNone(scene), orNone(identity), timeout);
-    int cmdId = commandIdOf(eventId);
+    // The first position of the name, through the index made at load time.
+    int cmdId = qel_wrapper::gActionIndex.commandIdOf(eventId);
     if (cmdId < 0) return -1;
     return QelEventAcquire(cmdId, scene, identity, timeout, {});
 }
