@@ -33,8 +33,8 @@ public:
     ScopedAStatus stateRequest(const DrelRequestParcel&, std::vector<DrelRequestData>*) override {
         return unsupported();
     }
-    ScopedAStatus listeningRegister(const DrelRequestParcel&,
-                                    const std::shared_ptr<IDrelCallback>&, int32_t*) override {
+    ScopedAStatus listeningRegister(const DrelRequestParcel&, const std::shared_ptr<IDrelCallback>&,
+                                    int32_t*) override {
         return unsupported();
     }
     ScopedAStatus listeningUnregister(int32_t, int32_t*) override { return unsupported(); }
