@@ -42,7 +42,10 @@ void clearStop() {
 void waitOrStop(std::optional<double> seconds) {
     using Clock = std::chrono::steady_clock;
     const auto start = Clock::now();
-    const auto limit = seconds ? std::chrono::duration_cast<Clock::duration>(
+    // A wait of more than a year is taken as forever; the clock's range could not hold it.
+    constexpr double kForever = 366.0 * 24 * 3600;
+    const auto limit = seconds && *seconds < kForever
+                               ? std::chrono::duration_cast<Clock::duration>(
                                          std::chrono::duration<double>(*seconds))
                                : Clock::duration::max();
     // Polls, because the stop flag is set from a signal handler, which cannot notify a
