@@ -120,7 +120,6 @@ void dieWithA256ByteProperty() {
 }
 
 TEST_F(PropertyTest, GetOfA256ByteValueEndsTheProcess) {
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
     ON_CALL(*service, propertyGet(_, _)).WillByDefault(ReplyValue(std::string(256, 'v')));
     setenv("ANDROID_LOG_TAGS", "*:v", 1);
     EXPECT_DEATH(dieWithA256ByteProperty(),
