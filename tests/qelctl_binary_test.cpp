@@ -36,8 +36,8 @@ Result runBinary(const std::string& args, const std::string& input = "") {
         std::ofstream in(base + ".in");
         in << input;
     }
-    const std::string command = std::string(QELCTL_BINARY) + " " + args + " <" + base + ".in >" +
-                                base + ".out 2>" + base + ".err";
+    const std::string command = std::string(QELCTL_EMULATOR) + " " + QELCTL_BINARY + " " + args +
+                                " <" + base + ".in >" + base + ".out 2>" + base + ".err";
     const int raw = std::system(command.c_str());
     Result result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(base + ".out"),
                   slurp(base + ".err")};
