@@ -1,0 +1,356 @@
+// Fuzzes what the service sends back: a service whose every answer comes from the input (result
+// values, statuses, stateRequest replies with absent, huge and odd records, and callback data
+// delivered to one-shot and listening clients in id form and path form) serves the class API and
+// the flat API, which must take whatever comes without a crash, a hang or a leak.
+//
+// Two deliberate ends of the process are never fed: a property value of 256 bytes or more, and a
+// power-mode reply whose first record has no value (QelGetPMStatus lets std::bad_optional_access
+// out on purpose).
+#include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
+#include <android/binder_manager.h>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <hostbinder/hostbinder.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "halclient.h"
+#include "qel.h"
+
+namespace {
+
+using ::aidl::vendor::quarn::hardware::drel::BnDrel;
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
+using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+
+constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
+constexpr int32_t kTypePowerMode = 13;
+
+// A violated promise of the library is a finding, as a crash is.
+void require(bool promise) {
+    if (!promise) __builtin_trap();
+}
+
+std::optional<std::string> fuzzedText(FuzzedDataProvider& in) {
+    switch (in.ConsumeIntegralInRange<int>(0, 7)) {
+        case 0:
+            return std::nullopt;
+        case 1:
+            return std::string();
+        case 2:  // huge
+            return std::string(in.ConsumeIntegralInRange<size_t>(0, 1 << 16),
+                               in.ConsumeIntegral<char>());
+        case 3:  // a number, possibly out of range
+            return std::to_string(in.ConsumeIntegral<int64_t>());
+        default:  // odd bytes, NULs included
+            return in.ConsumeRandomLengthString(80);
+    }
+}
+
+DrelRequestData fuzzedRecord(FuzzedDataProvider& in) {
+    DrelRequestData record;
+    record.resId = in.ConsumeBool() ? in.ConsumeIntegralInRange<int32_t>(0, 3)
+                                    : in.ConsumeIntegral<int32_t>();
+    record.resParam = in.ConsumeIntegral<int32_t>();
+    record.resValue = fuzzedText(in);
+    record.resPath = fuzzedText(in);
+    record.resExtra = fuzzedText(in);
+    return record;
+}
+
+std::vector<DrelRequestData> fuzzedRecords(FuzzedDataProvider& in) {
+    size_t count = in.ConsumeIntegralInRange<size_t>(0, 6);
+    std::vector<DrelRequestData> records;
+    if (in.ConsumeIntegralInRange<int>(0, 15) == 0) {
+        // Many records that cost no input: the same one again and again.
+        // Capped at about 4 MiB of text per reply, which the host copies several times.
+        DrelRequestData record = fuzzedRecord(in);
+        size_t bytes = 16 + record.resValue.value_or("").size() +
+                       record.resPath.value_or("").size() + record.resExtra.value_or("").size();
+        size_t most = std::min<size_t>(5000, (size_t{4} << 20) / bytes);
+        records.assign(in.ConsumeIntegralInRange<size_t>(0, most), record);
+        return records;
+    }
+    for (size_t i = 0; i < count && in.remaining_bytes() > 0; ++i) {
+        records.push_back(fuzzedRecord(in));
+    }
+    return records;
+}
+
+::ndk::ScopedAStatus fuzzedStatus(FuzzedDataProvider& in) {
+    switch (in.ConsumeIntegralInRange<int>(0, 11)) {
+        case 0:
+            return ::ndk::ScopedAStatus::fromServiceSpecificError(in.ConsumeIntegral<int32_t>());
+        case 1:
+            return ::ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+        case 2:
+            return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+        default:
+            return ::ndk::ScopedAStatus::ok();
+    }
+}
+
+// The service. Its methods run on the fuzzer's thread (the host runs a transaction on the calling
+// thread); the client callbacks it calls run on binder threads while it waits.
+class FuzzService : public BnDrel {
+public:
+    void use(FuzzedDataProvider* in) { in_ = in; }
+
+    // Reports to every one-shot callback never reported, with an empty report (which calls no
+    // caller code), and drops every listener: what is left of one input is gone before the next.
+    void settle() {
+        for (const auto& callback : oneShots_) callback->onCallback({});
+        oneShots_.clear();
+        listeners_.clear();
+    }
+
+    // Reports fuzzed data to a listener kept from an earlier registration.
+    void reportToListener() {
+        if (listeners_.empty()) return;
+        size_t at = in_->ConsumeIntegralInRange<size_t>(0, listeners_.size() - 1);
+        listeners_[at]->onCallback(fuzzedRecords(*in_));
+    }
+
+    ::ndk::ScopedAStatus init() override { return fuzzedStatus(*in_); }
+    ::ndk::ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
+        *out = in_->ConsumeIntegral<int32_t>();
+        if (parcel.callback != nullptr) {
+            // Never, once, or twice.
+            int reports = in_->ConsumeIntegralInRange<int>(0, 2);
+            for (int i = 0; i < reports; ++i) parcel.callback->onCallback(fuzzedRecords(*in_));
+            if (reports == 0) oneShots_.push_back(parcel.callback);
+        }
+        return fuzzedStatus(*in_);
+    }
+    ::ndk::ScopedAStatus release(int32_t, int32_t* out) override { return answer(out); }
+    ::ndk::ScopedAStatus stateRequest(const DrelRequestParcel& parcel,
+                                      std::vector<DrelRequestData>* out) override {
+        *out = fuzzedRecords(*in_);
+        if (parcel.requestType == kTypePowerMode && !out->empty() && !out->front().resValue) {
+            out->front().resValue = in_->ConsumeRandomLengthString(16);
+        }
+        return fuzzedStatus(*in_);
+    }
+    ::ndk::ScopedAStatus listeningRegister(const DrelRequestParcel&,
+                                           const std::shared_ptr<IDrelCallback>& callback,
+                                           int32_t* out) override {
+        return keepListener(callback, out);
+    }
+    ::ndk::ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return answer(out); }
+    ::ndk::ScopedAStatus propertyGet(const std::string&, std::string* out) override {
+        *out = in_->ConsumeRandomLengthString(255);
+        return fuzzedStatus(*in_);
+    }
+    ::ndk::ScopedAStatus propertySet(const std::string&, const std::string&,
+                                     int32_t* out) override {
+        return answer(out);
+    }
+    ::ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&,
+                                                  const std::shared_ptr<IDrelCallback>& callback,
+                                                  int32_t* out) override {
+        return keepListener(callback, out);
+    }
+    ::ndk::ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override {
+        return answer(out);
+    }
+    ::ndk::ScopedAStatus reserved11() override {
+        return ::ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
+    }
+    ::ndk::ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override {
+        return answer(out);
+    }
+    ::ndk::ScopedAStatus ruleCtl(int32_t, int32_t, const std::vector<DrelRequestData>&,
+                                 int32_t* out) override {
+        return answer(out);
+    }
+
+private:
+    ::ndk::ScopedAStatus answer(int32_t* out) {
+        *out = in_->ConsumeIntegral<int32_t>();
+        return fuzzedStatus(*in_);
+    }
+    ::ndk::ScopedAStatus keepListener(const std::shared_ptr<IDrelCallback>& callback,
+                                      int32_t* out) {
+        if (callback != nullptr) {
+            // A report may come before the registration call has even returned.
+            if (in_->ConsumeBool()) callback->onCallback(fuzzedRecords(*in_));
+            listeners_.push_back(callback);
+        }
+        return answer(out);
+    }
+
+    FuzzedDataProvider* in_ = nullptr;
+    std::vector<std::shared_ptr<IDrelCallback>> oneShots_;
+    std::vector<std::shared_ptr<IDrelCallback>> listeners_;
+};
+
+// Caller callbacks: they look at everything they are given.
+class IdCallback : public IClientCallback {
+public:
+    void onCallback(std::list<QelClient::Resource> resources) override {
+        for (const QelClient::Resource& resource : resources) {
+            require(resource.resValue.has_value());  // always present in id form
+            seen_ += resource.resValue->size();
+        }
+    }
+
+private:
+    size_t seen_ = 0;
+};
+
+class PathCallback : public IClientCallbackByPath {
+public:
+    void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
+        require(paths.size() == values.size());
+        for (size_t i = 0; i < paths.size(); ++i) seen_ += paths[i].size() + values[i].size();
+    }
+
+private:
+    size_t seen_ = 0;
+};
+
+std::shared_ptr<FuzzService>& service() {
+    static std::shared_ptr<FuzzService> instance;
+    return instance;
+}
+
+void startService() {
+    service() = ::ndk::SharedRefBase::make<FuzzService>();
+    AServiceManager_addService(service()->asBinder().get(), kInstance);
+}
+
+std::list<QelClient::Resource> resourceList(FuzzedDataProvider& in) {
+    std::list<QelClient::Resource> list;
+    size_t count = in.ConsumeIntegralInRange<size_t>(0, 3);
+    for (size_t i = 0; i < count; ++i) list.push_back({in.ConsumeIntegral<int32_t>(), "1"});
+    return list;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    startService();
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzedDataProvider in(data, size);
+    service()->use(&in);
+    std::vector<int> registrations;
+    for (int step = 0; step < 24 && in.remaining_bytes() > 0; ++step) {
+        switch (in.ConsumeIntegralInRange<int>(0, 17)) {
+            case 0: {
+                std::list<QelClient::Resource> query = resourceList(in);
+                std::list<QelClient::Resource> states;
+                int result = drelHalclient::drelResStateRequest(query, 0, states);
+                require(result == -1 || result == static_cast<int>(states.size()));
+                break;
+            }
+            case 1: {
+                std::vector<std::string> states;
+                int result = drelHalclient::drel_res_state_request_by_path({"/a", "/b"}, {"1", "2"},
+                                                                           0, states);
+                require(result == -1 || result == static_cast<int>(states.size()));
+                break;
+            }
+            case 2: {
+                std::map<std::string, std::string> states;
+                int result =
+                        drelHalclient::drel_res_state_request_map_by_path({{"/a", "1"}}, 0, states);
+                require(result == -1 || result == static_cast<int>(states.size()));
+                break;
+            }
+            case 3: {
+                std::vector<QelClient::Resource> resources{{0, "x"}, {1, std::nullopt}, {2, "y"}};
+                int result = QelMutiResStateRequest(resources);
+                require(result >= -1 && result <= 3);
+                break;
+            }
+            case 4: {
+                std::string value = "unchanged";
+                QelResStateRequest(in.ConsumeIntegralInRange<int>(0, 3), value);
+                break;
+            }
+            case 5: {
+                std::string history;
+                int result = QelGetHistory(history);
+                require(result == 0 || (result == -1 && history.empty()));
+                break;
+            }
+            case 6:
+                QelGetPMStatus(in.ConsumeIntegralInRange<int>(0, 3));
+                break;
+            case 7: {
+                std::list<QelClient::Resource> resources = resourceList(in);
+                drelHalclient::drelResCtlRequest(1, 0, resources, 0, 0, 0,
+                                                 std::make_shared<IdCallback>());
+                break;
+            }
+            case 8:
+                drelHalclient::drelSACtlRequest(1, 0, in.ConsumeIntegral<int32_t>(), 0, 0, 0,
+                                                std::make_shared<IdCallback>());
+                break;
+            case 9:
+                drelHalclient::drel_resctl_request_with_callback_by_path(
+                        1, 0, {"/a"}, {"1"}, 0, 0, 0, std::make_shared<PathCallback>());
+                break;
+            case 10: {
+                // A list of its own each time: an equal list would be refused before the call.
+                std::list<QelClient::Resource> ids{{step + 1, std::nullopt}};
+                registrations.push_back(drelHalclient::drelResListeningRegister(
+                        ids, 0, std::make_shared<IdCallback>()));
+                break;
+            }
+            case 11:
+                registrations.push_back(drelHalclient::drel_res_listening_register_by_path(
+                        {"/p" + std::to_string(step)}, 0, std::make_shared<PathCallback>()));
+                break;
+            case 12:
+                registrations.push_back(drelHalclient::drelThermalListeningRegister(
+                        {0, 1}, std::make_shared<IdCallback>()));
+                break;
+            case 13:
+                service()->reportToListener();
+                break;
+            case 14: {
+                char* value = drelHalclient::drelPropertyGet("fuzz");
+                require(value != nullptr);
+                delete[] value;
+                break;
+            }
+            case 15:
+                // A restart: the next calls of both APIs reconnect.
+                if (in.ConsumeIntegralInRange<int>(0, 7) == 0) {
+                    service()->use(nullptr);
+                    hostbinder::killService(kInstance);
+                    hostbinder::waitIdle();
+                    startService();
+                    service()->use(&in);
+                }
+                break;
+            case 16: {
+                std::vector<QelClient::Resource> resources{{1, "1"}};
+                QelEventAcquire(in.ConsumeIntegral<int>(), "pkg", "id", 0, resources);
+                qelInit();
+                break;
+            }
+            default:
+                drelHalclient::drel_init();
+                qelRuleCtl(1, 1, {});
+                break;
+        }
+    }
+    for (int handle : registrations) drelHalclient::drelResListeningUnRegister(handle);
+    service()->settle();
+    service()->use(nullptr);
+    hostbinder::waitIdle();
+    return 0;
+}

@@ -1,0 +1,139 @@
+// Fuzzes the wrapper entry points QelNotifyWapper and QelEventAcquireWrapper (and
+// QelReleaseWapper) with arbitrary arguments against a recording service: each report makes at
+// most one rule control, each event at most one request, and an event id that does not begin
+// with the event prefix makes none.
+#include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
+#include <android/binder_manager.h>
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <atomic>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "QelWrapper.h"
+
+namespace {
+
+using ::aidl::vendor::quarn::hardware::drel::BnDrel;
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
+using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+
+constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
+
+void require(bool promise) {
+    if (!promise) __builtin_trap();
+}
+
+// Answers every call with success and counts the rule controls and requests it is given.
+class RecordingService : public BnDrel {
+public:
+    std::atomic<int> ruleControls{0};
+    std::atomic<int> requests{0};
+
+    ::ndk::ScopedAStatus init() override { return ::ndk::ScopedAStatus::ok(); }
+    ::ndk::ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
+        ++requests;
+        // An event names its command by a leading record within the catalogue.
+        require(!parcel.resources.empty() && parcel.resources[0].resId >= 0 &&
+                static_cast<size_t>(parcel.resources[0].resId) < gActionList.size());
+        *out = 1;
+        return ::ndk::ScopedAStatus::ok();
+    }
+    ::ndk::ScopedAStatus release(int32_t, int32_t* out) override { return zero(out); }
+    ::ndk::ScopedAStatus stateRequest(const DrelRequestParcel&,
+                                      std::vector<DrelRequestData>*) override {
+        return ::ndk::ScopedAStatus::ok();
+    }
+    ::ndk::ScopedAStatus listeningRegister(const DrelRequestParcel&,
+                                           const std::shared_ptr<IDrelCallback>&,
+                                           int32_t* out) override {
+        return zero(out);
+    }
+    ::ndk::ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return zero(out); }
+    ::ndk::ScopedAStatus propertyGet(const std::string&, std::string*) override {
+        return ::ndk::ScopedAStatus::ok();
+    }
+    ::ndk::ScopedAStatus propertySet(const std::string&, const std::string&,
+                                     int32_t* out) override {
+        return zero(out);
+    }
+    ::ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&,
+                                                  const std::shared_ptr<IDrelCallback>&,
+                                                  int32_t* out) override {
+        return zero(out);
+    }
+    ::ndk::ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override {
+        return zero(out);
+    }
+    ::ndk::ScopedAStatus reserved11() override { return ::ndk::ScopedAStatus::ok(); }
+    ::ndk::ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override {
+        return zero(out);
+    }
+    ::ndk::ScopedAStatus ruleCtl(int32_t, int32_t, const std::vector<DrelRequestData>& data,
+                                 int32_t* out) override {
+        ++ruleControls;
+        for (const DrelRequestData& record : data) require(record.resValue.has_value());
+        return zero(out);
+    }
+
+private:
+    static ::ndk::ScopedAStatus zero(int32_t* out) {
+        *out = 0;
+        return ::ndk::ScopedAStatus::ok();
+    }
+};
+
+std::shared_ptr<RecordingService>& service() {
+    static std::shared_ptr<RecordingService> instance;
+    return instance;
+}
+
+// The sources the wrapper knows, so that most inputs reach a scenario.
+constexpr int kSources[] = {1,  2,  3,   5,   6,   8,   9,   10,  11,   12,  14,
+                            15, 16, 102, 110, 111, 129, 130, 131, 1000, 9000};
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    service() = ::ndk::SharedRefBase::make<RecordingService>();
+    AServiceManager_addService(service()->asBinder().get(), kInstance);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+    FuzzedDataProvider in(data, size);
+    int entry = in.ConsumeIntegralInRange<int>(0, 2);
+    if (entry == 0) {
+        int src = in.ConsumeBool() ? in.PickValueInArray(kSources) : in.ConsumeIntegral<int>();
+        int type = in.ConsumeBool() ? in.ConsumeIntegralInRange<int>(-1, 2)
+                                    : in.ConsumeIntegral<int>();
+        int param = in.ConsumeIntegral<int>();
+        std::string name = in.ConsumeRandomLengthString(32);
+        std::string text = in.ConsumeRemainingBytesAsString();
+        int before = service()->ruleControls;
+        require(QelNotifyWapper(name, src, type, param, 0, 0, text) == 0);
+        require(service()->ruleControls - before <= 1);
+    } else if (entry == 1) {
+        std::string eventId;
+        if (in.ConsumeBool() && !gActionList.empty()) {
+            size_t at = in.ConsumeIntegralInRange<size_t>(0, gActionList.size() - 1);
+            eventId =
+                    in.ConsumeBytesAsString(7) + gActionList[at] + in.ConsumeRandomLengthString(4);
+        } else {
+            eventId = in.ConsumeRandomLengthString(64);
+        }
+        int timeout = in.ConsumeIntegral<int>();
+        std::string scene = in.ConsumeRandomLengthString(32);
+        std::string identity = in.ConsumeRemainingBytesAsString();
+        int before = service()->requests;
+        int handle = QelEventAcquireWrapper(eventId, scene, identity, timeout);
+        int made = service()->requests - before;
+        require(made <= 1 && (handle == -1 || made == 1));
+        if (eventId.rfind("PRAXEL_", 0) != 0) require(handle == -1 && made == 0);
+    } else {
+        require(QelReleaseWapper(in.ConsumeIntegral<int>()) == 0);
+    }
+    return 0;
+}
