@@ -1,0 +1,92 @@
+// A caller's host tests: its code runs against the packaged example service for behaviour, and
+// against the packaged gmock service where every call and answer must be exact.
+
+#include <android/binder_manager.h>
+#include <drel-service/DrelService.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <hostbinder/hostbinder.h>
+#include <quarn-qel-testkit/MockDrel.h>
+
+#include <string>
+#include <vector>
+
+#include "halclient.h"
+#include "qel.h"
+
+namespace {
+
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
+using ::aidl::vendor::quarn::hardware::drel::DrelService;
+using ::qel_test::MockDrel;
+using ::qel_test::ReturnResult4;
+using ::qel_test::ReturnStatus;
+using ::testing::_;
+using ::testing::AllOf;
+using ::testing::ElementsAre;
+using ::testing::Field;
+using ::testing::Optional;
+using ::testing::StrictMock;
+
+constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
+constexpr int32_t kCpuBoost = 0x01010010;
+
+// The caller's code under test: boosts the CPU for a launch and gives the boost back.
+class LaunchBooster {
+public:
+    bool start() {
+        QelClient::Resource boost;
+        boost.resId = kCpuBoost;
+        boost.resValue = "1800000";
+        handle_ = QelEventAcquire(1, "com.example.launcher", "launch", 0, {boost});
+        return handle_ > 0;
+    }
+    void stop() { QelRelease(handle_); }
+
+private:
+    int handle_ = -1;
+};
+
+std::string cpuBoost() {
+    std::string value = "<none>";
+    QelResStateRequest(kCpuBoost, value);
+    return value;
+}
+
+class ConsumerTest : public ::testing::Test {
+protected:
+    void SetUp() override { hostbinder::reset(); }
+    void TearDown() override { hostbinder::reset(); }
+};
+
+TEST_F(ConsumerTest, TheBoostIsInForceWhileTheLaunchRuns) {
+    auto service = ndk::SharedRefBase::make<DrelService>();
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+
+    LaunchBooster booster;
+    ASSERT_TRUE(booster.start());
+    EXPECT_EQ("1800000", cpuBoost());
+    booster.stop();
+    EXPECT_EQ("0", cpuBoost());
+    EXPECT_EQ(0u, service->liveRequestCount());
+}
+
+TEST_F(ConsumerTest, RuleControlSendsExactlyTheCallersResources) {
+    auto mock = ndk::SharedRefBase::make<StrictMock<MockDrel>>();
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(mock->asBinder().get(), kInstance));
+    EXPECT_CALL(*mock, ruleCtl(130, 1,
+                               ElementsAre(AllOf(Field(&DrelRequestData::resId, 0x010108a0),
+                                                 Field(&DrelRequestData::resValue,
+                                                       Optional(std::string("85"))))),
+                               _))
+            .WillOnce(ReturnResult4(0))
+            .WillOnce(ReturnStatus(STATUS_DEAD_OBJECT));
+
+    QelClient::Resource load;
+    load.resId = 0x010108a0;
+    load.resValue = "85";
+    EXPECT_EQ(0, qelRuleCtl(130, 1, {load}));
+    EXPECT_EQ(-1, qelRuleCtl(130, 1, {load})) << "a failed call is -1 to the caller";
+}
+
+}  // namespace

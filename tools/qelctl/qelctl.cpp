@@ -1,0 +1,212 @@
+// The command table, usage texts, scripts, and runQelctl itself.
+
+#include "qelctl.h"
+
+#include <fstream>
+#include <sstream>
+
+#include "qelctl_internal.h"
+
+namespace qelctl {
+namespace {
+
+// A script: every line is parsed before the first one runs, so a usage error anywhere stops it
+// before the service is reached.
+Action parseScript(const ParsedArgs& args) {
+    if (args.positionals.size() != 1) throw UsageError("script takes one FILE, or - for stdin");
+    const std::string source = args.positionals[0];
+    std::shared_ptr<std::vector<std::string>> fileLines;
+    if (source != "-") {
+        std::ifstream file(source);
+        if (!file) throw UsageError("cannot read script '" + source + "'");
+        fileLines = std::make_shared<std::vector<std::string>>();
+        for (std::string line; std::getline(file, line);) fileLines->push_back(line);
+    }
+    return [=](Session& session) {
+        // --json given to the script applies to every line.
+        const bool json = session.json;
+        std::vector<std::string> lines;
+        if (fileLines) {
+            lines = *fileLines;
+        } else {
+            for (std::string line; std::getline(session.in, line);) lines.push_back(line);
+        }
+        std::vector<std::pair<size_t, Prepared>> steps;
+        for (size_t i = 0; i < lines.size(); ++i) {
+            try {
+                std::vector<std::string> words = splitLine(lines[i]);
+                if (words.empty()) continue;
+                Prepared prepared = prepare(words, true);
+                prepared.json = prepared.json || json;
+                steps.emplace_back(i + 1, std::move(prepared));
+            } catch (const UsageError& e) {
+                session.out().error("script line " + std::to_string(i + 1) + ": " + e.what());
+                return kExitUsage;
+            }
+        }
+        session.keepListens = true;
+        for (const auto& [number, prepared] : steps) {
+            const int status = runPrepared(session, prepared);
+            if (status != kExitOk) {
+                session.out().error("script stopped at line " + std::to_string(number));
+                return status;
+            }
+        }
+        session.finish();
+        return kExitOk;
+    };
+}
+
+Action parseDemo(const ParsedArgs& args) {
+    if (!args.positionals.empty()) throw UsageError("demo takes no arguments");
+    return [](Session& session) { return runDemo(session); };
+}
+
+std::vector<CommandSpec> buildTable() {
+    std::vector<CommandSpec> table;
+    addCoreCommands(table);
+    addWrapperCommands(table);
+    table.push_back({"script",
+                     "script FILE|-",
+                     "Runs one command per line (from stdin for -) in this process, so that\n"
+                     "acquire, listen and release can follow one another; # starts a comment,\n"
+                     "quotes group words. Every line is checked first; the script stops at the\n"
+                     "first failing line and exits with its status.",
+                     false,
+                     false,
+                     parseScript,
+                     {}});
+    table.push_back({"demo",
+                     "demo",
+                     "Runs a short demonstration against the example service in this process.",
+                     false,
+                     false,
+                     parseDemo,
+                     {}});
+    return table;
+}
+
+// Commands with a verb are named with it in results and messages.
+std::string nameOf(const CommandSpec& spec, const ParsedArgs& args) {
+    if ((spec.name == "prop" || spec.name == "thermal") && !args.positionals.empty()) {
+        return spec.name + " " + args.positionals[0];
+    }
+    return spec.name;
+}
+
+}  // namespace
+
+const std::vector<CommandSpec>& commandTable() {
+    static const std::vector<CommandSpec> table = buildTable();
+    return table;
+}
+
+const CommandSpec* findCommand(const std::string& name) {
+    for (const CommandSpec& spec : commandTable()) {
+        if (spec.name == name) return &spec;
+    }
+    return nullptr;
+}
+
+std::string usageOf(const CommandSpec& spec) {
+    std::string text = "  " + spec.synopsis + "\n";
+    std::istringstream description(spec.description);
+    for (std::string line; std::getline(description, line);) text += "      " + line + "\n";
+    return text;
+}
+
+std::string fullUsage() {
+    std::string text =
+            "usage: qelctl [--json] [--embedded] COMMAND [ARGS...]\n"
+            "\n"
+            "Talks to the resource-control service vendor.quarn.hardware.drel.IDrel/default\n"
+            "through libquarn-qel-client.\n"
+            "\n"
+            "options (anywhere on the line):\n"
+            "  --json       print one JSON object per result or report, one per line\n"
+            "  --embedded   run the example service inside this process (on a host)\n"
+            "  --help, -h   this text; COMMAND --help describes one command\n"
+            "\n"
+            "commands:\n";
+    for (const CommandSpec& spec : commandTable()) text += usageOf(spec);
+    text += "\n"
+            "Numbers are decimal or 0x-hex; opcodes go up to 0xffffffff.\n"
+            "Exit status: 0 success, 1 the service answered a failure or is not available,\n"
+            "2 usage error (arguments are checked before the service is reached).\n";
+    return text;
+}
+
+Prepared prepare(const std::vector<std::string>& words, bool inScript) {
+    if (words.empty()) throw UsageError("missing command");
+    const CommandSpec* spec = findCommand(words[0]);
+    if (spec == nullptr) throw UsageError("unknown command '" + words[0] + "'");
+    if (inScript && !spec->scriptable) throw UsageError(spec->name + " cannot run in a script");
+    const ParsedArgs args =
+            parseArgs(std::vector<std::string>(words.begin() + 1, words.end()), spec->options);
+    if (inScript && (args.has("--embedded") || args.has("--help"))) {
+        throw UsageError("--embedded and --help go on qelctl's own command line");
+    }
+    return {spec, spec->parse(args), args.has("--json"), nameOf(*spec, args)};
+}
+
+int runPrepared(Session& session, const Prepared& prepared) {
+    session.json = prepared.json;
+    if (prepared.spec->needsService) {
+        session.ensureEmbedded();
+        if (!session.serviceAvailable(prepared.name)) return kExitFailure;
+    }
+    return prepared.action(session);
+}
+
+int runQelctl(const std::vector<std::string>& args, std::ostream& out, std::ostream& err,
+              std::istream& in) {
+    clearStop();
+    Session session(out, err, in);
+    try {
+        size_t first = 0;
+        bool help = false;
+        bool json = false;
+        for (; first < args.size() && !args[first].empty() && args[first][0] == '-'; ++first) {
+            const std::string& flag = args[first];
+            if (flag == "--help" || flag == "-h") {
+                help = true;
+            } else if (flag == "--json") {
+                json = true;
+            } else if (flag == "--embedded") {
+                session.embeddedRequested = true;
+            } else {
+                throw UsageError("unknown option '" + flag + "'");
+            }
+        }
+        if (first == args.size()) {
+            if (help) {
+                out << fullUsage();
+                return kExitOk;
+            }
+            throw UsageError("missing command");
+        }
+        const std::vector<std::string> words(args.begin() + first, args.end());
+        const CommandSpec* spec = findCommand(words[0]);
+        if (spec == nullptr) throw UsageError("unknown command '" + words[0] + "'");
+        const ParsedArgs parsed =
+                parseArgs(std::vector<std::string>(words.begin() + 1, words.end()), spec->options);
+        if (help || parsed.has("--help")) {
+            out << "usage:\n" << usageOf(*spec);
+            return kExitOk;
+        }
+        if (parsed.has("--embedded")) session.embeddedRequested = true;
+        Prepared prepared{spec, spec->parse(parsed), json || parsed.has("--json"),
+                          nameOf(*spec, parsed)};
+        const int status = runPrepared(session, prepared);
+        session.finish();
+        return status;
+    } catch (const UsageError& e) {
+        err << "qelctl: " << e.what() << "\nTry 'qelctl --help'.\n";
+        return kExitUsage;
+    } catch (const std::exception& e) {
+        err << "qelctl: " << e.what() << "\n";
+        return kExitFailure;
+    }
+}
+
+}  // namespace qelctl
