@@ -58,8 +58,14 @@ int QelEventAcquire(int cmdId, const std::string& pkg, const std::string& identi
     // "QelEventAcquire " followed by the description " cmd_id:... duration:...", which begins
     // with a blank, hence two after the function name. Formatted in one go, and only when
     // tracing is on.
-    qel_internal::traceMarker("QelEventAcquire  cmd_id:%d pkg:%s identity:%s duration:%d", cmdId,
-                              orNone(pkg), orNone(identity), duration);
+    if (qel_internal::tracing()) {
+        // The description begins with a blank, hence two after the function name. Built only
+        // while tracing is on: this runs on every acquire.
+        std::string description = " cmd_id:" + std::to_string(cmdId) + " pkg:" + orNone(pkg) +
+                                  " identity:" + orNone(identity) +
+                                  " duration:" + std::to_string(duration);
+        qel_internal::traceMarker("QelEventAcquire %s", description.c_str());
+    }
     QEL_LOGI("QelEventAcquire, cmdid:%d, pkg:%s, identity:%s", cmdId, orNone(pkg),
              orNone(identity));
 

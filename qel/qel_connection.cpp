@@ -55,9 +55,13 @@ namespace qel_internal {
 const HalConnection kQelConnection{g_qel_hal, g_qel_hal_lock, connectQel, kQelTag,
                                    "%s() failed : drel HAL service not available"};
 
+bool tracing() {
+    return (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) != 0;
+}
+
 void traceMarker(const char* format, ...) {
     // Nothing is formatted while tracing is off: this runs on every acquire and release.
-    if (!(atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS)) return;
+    if (!tracing()) return;
     char text[1024] = {};
     va_list args;
     va_start(args, format);
@@ -66,7 +70,7 @@ void traceMarker(const char* format, ...) {
     // Begun and ended at once: the section marks the moment, it does not span the binder call.
     // The tag is looked at again before ending, as the trace macros do.
     atrace_begin_body(text);
-    if (atrace_get_enabled_tags() & ATRACE_TAG_ALWAYS) atrace_end_body();
+    if (tracing()) atrace_end_body();
 }
 
 }  // namespace qel_internal

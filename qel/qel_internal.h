@@ -33,6 +33,8 @@ namespace qel_internal {
 // "%s() failed : ..." on a failed call.
 extern const HalConnection kQelConnection;
 
+// True while the always-on trace tag is set.
+bool tracing();
 // Writes a zero-length trace section named by the formatted text (at most 1023 characters)
 // when always-on tracing is enabled.
 void traceMarker(const char* format, ...) __attribute__((format(printf, 1, 2)));
