@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "alloc_counter.h"
 #include "bench_service.h"
 #include "qel.h"
 
@@ -54,6 +55,17 @@ inline bool checkOk(benchmark::State& state, const ::ndk::ScopedAStatus& status)
     if (status.isOk()) return true;
     state.SkipWithError("the service call failed");
     return false;
+}
+
+// The floor of a request family: the prepared parcel straight through the proxy, each call.
+inline void floorRequests(benchmark::State& state, IDrel& proxy, const DrelRequestParcel& parcel) {
+    const uint64_t allocations = threadAllocations();
+    for (auto _ : state) {
+        int32_t handle = -1;
+        if (!checkOk(state, proxy.request(parcel, &handle))) break;
+        benchmark::DoNotOptimize(handle);
+    }
+    reportAllocations(state, allocations);
 }
 
 void registerFlatBenchmarks();

@@ -22,13 +22,7 @@ void floorResCtlRequest(benchmark::State& state) {
     parcel.reqId = -1;
     parcel.timeout = kDuration;
     parcel.resources = toWire(resources(5));
-    const uint64_t allocations = threadAllocations();
-    for (auto _ : state) {
-        int32_t handle = -1;
-        if (!checkOk(state, proxy->request(parcel, &handle))) break;
-        benchmark::DoNotOptimize(handle);
-    }
-    reportAllocations(state, allocations);
+    floorRequests(state, *proxy, parcel);
 }
 
 void libraryResCtlRequest(benchmark::State& state) {

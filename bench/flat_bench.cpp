@@ -20,13 +20,7 @@ void floorEventAcquire(benchmark::State& state, int count) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const DrelRequestParcel parcel =
             eventParcel(kCmdColdLaunch, kPkg, kIdentity, kDuration, resources(count));
-    const uint64_t allocations = threadAllocations();
-    for (auto _ : state) {
-        int32_t handle = -1;
-        if (!checkOk(state, proxy->request(parcel, &handle))) break;
-        benchmark::DoNotOptimize(handle);
-    }
-    reportAllocations(state, allocations);
+    floorRequests(state, *proxy, parcel);
 }
 
 void libraryEventAcquire(benchmark::State& state, int count) {

@@ -30,13 +30,7 @@ void stopSpinning(const benchmark::State& /*state*/) {
 void scalingFloor(benchmark::State& state) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const DrelRequestParcel parcel = eventParcel(1, kPkg, kIdentity, kDuration, resources(5));
-    const uint64_t allocations = threadAllocations();
-    for (auto _ : state) {
-        int32_t handle = -1;
-        if (!checkOk(state, proxy->request(parcel, &handle))) break;
-        benchmark::DoNotOptimize(handle);
-    }
-    reportAllocations(state, allocations);
+    floorRequests(state, *proxy, parcel);
     state.SetItemsProcessed(state.iterations());
 }
 

@@ -34,13 +34,7 @@ void floorAcquireWrapper(benchmark::State& state, const Action* action) {
     std::shared_ptr<IDrel> proxy = benchProxy();
     const DrelRequestParcel parcel =
             eventParcel(action->position, kScene, kCameraIdentity, kTimeout, {});
-    const uint64_t allocations = threadAllocations();
-    for (auto _ : state) {
-        int32_t handle = -1;
-        if (!checkOk(state, proxy->request(parcel, &handle))) break;
-        benchmark::DoNotOptimize(handle);
-    }
-    reportAllocations(state, allocations);
+    floorRequests(state, *proxy, parcel);
 }
 
 void libraryAcquireWrapper(benchmark::State& state, const Action* action) {
