@@ -14,6 +14,14 @@ using qel_internal::kDrelConnection;
 
 namespace {
 
+// A query or registration by path: the debug tag and `param` in param5, nothing else set yet.
+DrelRequestParcel pathQueryParcel(int param) {
+    DrelRequestParcel parcel;
+    drelHalclient::drel_add_zdbdebug_for_request_parcel(parcel);
+    parcel.param5 = param;
+    return parcel;
+}
+
 // The wire record of one path: no id, the path, and the value when there is one.
 DrelRequestData pathRecord(const std::string& path, const std::string* value) {
     DrelRequestData record;
@@ -75,9 +83,7 @@ int registerPaths(const char* failureName, std::vector<std::string> paths,
     GuardedCall call(kDrelConnection, failureName);
     if (!call) return -1;
 
-    DrelRequestParcel parcel;
-    drelHalclient::drel_add_zdbdebug_for_request_parcel(parcel);
-    parcel.param5 = param;
+    DrelRequestParcel parcel = pathQueryParcel(param);
     parcel.resources = std::move(records);
 
     return qel_internal::registerListening(call, parcel, std::move(paths),
@@ -113,9 +119,7 @@ int drelHalclient::drel_res_state_request_by_path(const std::vector<std::string>
     GuardedCall call(kDrelConnection, "drel_res_state_request");
     if (!call) return -1;
 
-    DrelRequestParcel parcel;
-    drel_add_zdbdebug_for_request_parcel(parcel);
-    parcel.param5 = param;
+    DrelRequestParcel parcel = pathQueryParcel(param);
     // Values go out only when there is one for every path; otherwise the paths go alone.
     bool withValues = !values.empty() && values.size() == paths.size();
     parcel.resources.reserve(paths.size());
@@ -139,9 +143,7 @@ int drelHalclient::drel_res_state_request_map_by_path(
     GuardedCall call(kDrelConnection, "drel_res_state_request_map");
     if (!call) return -1;
 
-    DrelRequestParcel parcel;
-    drel_add_zdbdebug_for_request_parcel(parcel);
-    parcel.param5 = param;
+    DrelRequestParcel parcel = pathQueryParcel(param);
     parcel.resources.reserve(pathValues.size());
     for (const auto& [path, value] : pathValues)
         parcel.resources.push_back(pathRecord(path, &value));

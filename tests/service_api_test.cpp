@@ -48,19 +48,18 @@ std::string stateOf(int32_t id) {
 }
 
 // Reports by id, as "id=value" texts per report.
-class IdReports : public IClientCallback {
+// The reports a callback received, each as "key=value" texts, safe to read from the test thread.
+class Reports {
 public:
-    void onCallback(std::list<QelClient::Resource> resources) override {
-        std::vector<std::string> report;
-        for (const auto& r : resources) {
-            report.push_back(std::to_string(r.resId) + "=" + r.resValue.value_or("<absent>"));
-        }
-        std::lock_guard<std::mutex> lock(mutex_);
-        reports_.push_back(report);
-    }
     std::vector<std::vector<std::string>> reports() const {
         std::lock_guard<std::mutex> lock(mutex_);
         return reports_;
+    }
+
+protected:
+    void add(std::vector<std::string> report) {
+        std::lock_guard<std::mutex> lock(mutex_);
+        reports_.push_back(std::move(report));
     }
 
 private:
@@ -68,22 +67,24 @@ private:
     std::vector<std::vector<std::string>> reports_;
 };
 
-class PathReports : public IClientCallbackByPath {
+class IdReports : public IClientCallback, public Reports {
+public:
+    void onCallback(std::list<QelClient::Resource> resources) override {
+        std::vector<std::string> report;
+        for (const auto& r : resources) {
+            report.push_back(std::to_string(r.resId) + "=" + r.resValue.value_or("<absent>"));
+        }
+        add(std::move(report));
+    }
+};
+
+class PathReports : public IClientCallbackByPath, public Reports {
 public:
     void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
         std::vector<std::string> report;
         for (size_t i = 0; i < paths.size(); ++i) report.push_back(paths[i] + "=" + values[i]);
-        std::lock_guard<std::mutex> lock(mutex_);
-        reports_.push_back(report);
+        add(std::move(report));
     }
-    std::vector<std::vector<std::string>> reports() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return reports_;
-    }
-
-private:
-    mutable std::mutex mutex_;
-    std::vector<std::vector<std::string>> reports_;
 };
 
 class ServiceApiTest : public ::testing::Test {
