@@ -28,7 +28,7 @@ public:
     virtual ~IDrel();
 
     static const int32_t version = 1;
-    static inline const std::string hash = "0b64c4efd7aaa292d5fa8cb27c9ef6d1be8aad55";
+    static inline const std::string hash = "3059b2124008a265fc9a59fa76c8ac9bb7918919";
     static constexpr uint32_t TRANSACTION_init = FIRST_CALL_TRANSACTION + 0;
     static constexpr uint32_t TRANSACTION_request = FIRST_CALL_TRANSACTION + 1;
     static constexpr uint32_t TRANSACTION_release = FIRST_CALL_TRANSACTION + 2;

@@ -26,7 +26,7 @@ public:
     virtual ~IDrelCallback();
 
     static const int32_t version = 1;
-    static inline const std::string hash = "0b64c4efd7aaa292d5fa8cb27c9ef6d1be8aad55";
+    static inline const std::string hash = "3059b2124008a265fc9a59fa76c8ac9bb7918919";
     static constexpr uint32_t TRANSACTION_onCallback = FIRST_CALL_TRANSACTION + 0;
 
     static std::shared_ptr<IDrelCallback> fromBinder(const ::ndk::SpAIBinder& binder);
