@@ -68,9 +68,9 @@ void traceMarker(const char* format, ...) {
     vsnprintf(text, sizeof(text), format, args);
     va_end(args);
     // Begun and ended at once: the section marks the moment, it does not span the binder call.
-    // The tag is looked at again before ending, as the trace macros do.
-    atrace_begin_body(text);
-    if (tracing()) atrace_end_body();
+    // Each call looks at the tag again, so a section is ended only while the tag is still set.
+    atrace_begin(ATRACE_TAG_ALWAYS, text);
+    atrace_end(ATRACE_TAG_ALWAYS);
 }
 
 }  // namespace qel_internal

@@ -12,8 +12,8 @@ TEST(HostTraceTest, SectionsWriteTheDeviceMarkerText) {
     EXPECT_EQ(0u, atrace_get_enabled_tags());
     hostbinder::setTraceTags(ATRACE_TAG_ALWAYS);
     EXPECT_EQ(1u, atrace_get_enabled_tags());
-    atrace_begin_body("name with  spaces");
-    atrace_end_body();
+    atrace_begin(ATRACE_TAG_ALWAYS, "name with  spaces");
+    atrace_end(ATRACE_TAG_ALWAYS);
     std::string pid = std::to_string(getpid());
     EXPECT_EQ((std::vector<std::string>{"B|" + pid + "|name with  spaces", "E|" + pid}),
               hostbinder::traceMarkers());

@@ -31,7 +31,12 @@ void write(std::string line) {
 
 }  // namespace
 
+// The section bodies have no declaration at file scope in <cutils/trace.h>: only its inline
+// atrace_begin / atrace_end name them.
 extern "C" {
+
+void atrace_begin_body(const char* name);
+void atrace_end_body(void);
 
 uint64_t atrace_get_enabled_tags(void) {
     return gEnabledTags.load();
