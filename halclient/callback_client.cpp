@@ -2,6 +2,7 @@
 // bookkeeping of one-shot clients in request_callbacks.
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 
 #include "halclient/halclient_internal.h"
@@ -13,7 +14,23 @@
 namespace {
 
 using ::aidl::vendor::quarn::hardware::drel::BnDrelCallback;
-using LogFunction = void (*)(const BnDrelCallback::TransactionLog&);
+
+// How many PrintLogHook objects exist. The library makes one only to store it in the stub's
+// hook, and nothing copies the hook, so the count is 1 while the hook holds printLog and drops to
+// 0 as soon as anyone assigns another function (or null) to it, which destroys ours.
+std::atomic<int> gLiveHooks{0};
+
+// printLog as a function object that can be recognised without RTTI (std::function::target
+// needs it, and the device build has none): its lifetime is what gLiveHooks counts.
+struct PrintLogHook {
+    PrintLogHook() { ++gLiveHooks; }
+    PrintLogHook(const PrintLogHook&) { ++gLiveHooks; }
+    PrintLogHook& operator=(const PrintLogHook&) = default;
+    ~PrintLogHook() { --gLiveHooks; }
+    void operator()(const BnDrelCallback::TransactionLog& entry) const {
+        qel_internal::printLog(entry);
+    }
+};
 
 // Puts printLog into the stub's transaction-log hook, replacing whatever is there. The stub reads
 // the hook on binder threads during every incoming transaction, so it is written only when it
@@ -22,10 +39,7 @@ using LogFunction = void (*)(const BnDrelCallback::TransactionLog&);
 void installPrintLog() {
     static std::mutex installMutex;
     std::lock_guard<std::mutex> lock(installMutex);
-    const LogFunction* installed = BnDrelCallback::logFunc.target<LogFunction>();
-    if (installed == nullptr || *installed != &qel_internal::printLog) {
-        BnDrelCallback::logFunc = qel_internal::printLog;
-    }
+    if (gLiveHooks.load() == 0) BnDrelCallback::logFunc = PrintLogHook();
 }
 
 }  // namespace
