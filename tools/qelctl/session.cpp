@@ -1,20 +1,16 @@
-// The session of one qelctl run: the service look-up, the embedded example service, results,
-// and the listening registrations that outlive their command.
+// The session of one qelctl run: the service look-up, results, and the listening registrations
+// that outlive their command. The embedded example service is in embedded_host.cpp.
 
 #include <android/binder_manager.h>
-#include <hostbinder/hostbinder.h>
 
 #include <thread>
 
-#include "drel-service/DrelService.h"
 #include "halclient.h"
 #include "qelctl.h"
 #include "qelctl_internal.h"
 
 namespace qelctl {
 namespace {
-
-using ::aidl::vendor::quarn::hardware::drel::DrelService;
 
 // Lock-free so that a signal handler may set it.
 std::atomic<bool> gStop{false};
@@ -67,29 +63,9 @@ Session::~Session() {
     output_->close();
 }
 
-void Session::startEmbedded() {
-    auto service = ::ndk::SharedRefBase::make<DrelService>();
-    service->startExpiryThread();
-    const binder_exception_t status =
-            AServiceManager_addService(service->asBinder().get(), kInstance);
-    if (status != EX_NONE) {
-        throw std::runtime_error("could not register the example service (exception " +
-                                 std::to_string(status) + ")");
-    }
-    embedded_ = service;
-}
-
 void Session::ensureEmbedded() {
     if (!embeddedRequested || embedded_) return;
     startEmbedded();
-}
-
-void Session::killEmbedded() {
-    if (!embedded_) return;
-    hostbinder::killService(kInstance);
-    // Both API connections hear of the death before the next command runs.
-    hostbinder::waitIdle();
-    embedded_.reset();
 }
 
 bool Session::serviceAvailable(const std::string& command) {
