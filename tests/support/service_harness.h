@@ -16,26 +16,17 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "drel-service/DrelService.h"
 
-namespace aidl {
-namespace vendor {
-namespace quarn {
-namespace hardware {
-namespace drel {
+namespace aidl::vendor::quarn::hardware::drel {
 // Readable records in test failures.
 inline void PrintTo(const DrelRequestData& record, std::ostream* os) {
     *os << record.toString();
 }
-}  // namespace drel
-}  // namespace hardware
-}  // namespace quarn
-}  // namespace vendor
-}  // namespace aidl
+}  // namespace aidl::vendor::quarn::hardware::drel
 
 namespace qel_test {
 
@@ -46,8 +37,6 @@ using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using ::aidl::vendor::quarn::hardware::drel::IDrel;
 using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
 using Records = std::vector<DrelRequestData>;
-
-inline constexpr const char* kDrelInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
 inline DrelRequestData idRecord(int32_t id, std::optional<std::string> value = std::nullopt) {
     DrelRequestData record;
@@ -64,8 +53,8 @@ inline DrelRequestData pathRecord(const std::string& path,
     return record;
 }
 
-// Records every report it is given. Reports arrive on binder threads; `onReport`, when set, runs
-// inside onCallback (after the report is recorded) and its status is returned.
+// Records every report it is given (on binder threads). `onReport`, when set, runs inside
+// onCallback after the report is recorded, and its status is returned.
 class RecordingCallback : public BnDrelCallback {
 public:
     ::ndk::ScopedAStatus onCallback(const std::vector<DrelRequestData>& data) override {
@@ -74,20 +63,15 @@ public:
             reports_.push_back(data);
         }
         changed_.notify_all();
-        if (onReport) return onReport(data);
-        return ::ndk::ScopedAStatus::ok();
+        return onReport ? onReport(data) : ::ndk::ScopedAStatus::ok();
     }
 
     std::vector<Records> reports() const {
         std::lock_guard<std::mutex> lock(mutex_);
         return reports_;
     }
-    void clear() {
-        std::lock_guard<std::mutex> lock(mutex_);
-        reports_.clear();
-    }
-    // Waits (for a bounded while) until `count` reports have arrived; for reports sent from the
-    // service's own expiry thread rather than from inside a call.
+    // For reports sent from the service's own expiry thread rather than from inside a call: true
+    // once `count` reports have arrived (false after a generous bound, so a hang fails).
     bool waitForReports(size_t count) {
         std::unique_lock<std::mutex> lock(mutex_);
         return changed_.wait_for(lock, std::chrono::seconds(10),
@@ -105,6 +89,8 @@ private:
 class DrelServiceTest : public ::testing::Test {
 protected:
     static constexpr size_t kHistoryCapacity = 3;
+    static constexpr int32_t kCpuMin = 0x01011040;
+    static constexpr int32_t kGpuMin = 0x01021000;
 
     void SetUp() override {
         hostbinder::reset();
@@ -112,9 +98,9 @@ protected:
         options.clock = [this] { return std::chrono::milliseconds(clockMs_.load()); };
         options.historyCapacity = kHistoryCapacity;
         service = ::ndk::SharedRefBase::make<DrelService>(options);
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kDrelInstance));
-        ::ndk::SpAIBinder binder(AServiceManager_checkService(kDrelInstance));
-        drel = IDrel::fromBinder(binder);
+        const char* instance = "vendor.quarn.hardware.drel.IDrel/default";
+        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), instance));
+        drel = IDrel::fromBinder(::ndk::SpAIBinder(AServiceManager_checkService(instance)));
         ASSERT_NE(nullptr, drel);
         ASSERT_TRUE(drel->isRemote());
     }
@@ -123,7 +109,7 @@ protected:
         hostbinder::reset();
     }
 
-    void advance(std::chrono::milliseconds by) { clockMs_ += by.count(); }
+    void advance(int64_t ms) { clockMs_ += ms; }
 
     // request() of the given kind and records; returns the service's answer.
     int32_t send(int32_t kind, Records records, int64_t timeout = 0,
@@ -140,10 +126,15 @@ protected:
     int32_t hold(int32_t id, const std::string& value, int64_t timeout = 0) {
         return send(DrelService::kKindResource, {idRecord(id, value)}, timeout);
     }
-    int32_t release(int32_t handle) {
+    // Calls one of the service's int-answering methods and returns the answer.
+    template <typename Call>
+    int32_t answer(Call call) {
         int32_t result = -100;
-        EXPECT_TRUE(drel->release(handle, &result).isOk());
+        EXPECT_TRUE(call(&result).isOk());
         return result;
+    }
+    int32_t release(int32_t handle) {
+        return answer([&](int32_t* out) { return drel->release(handle, out); });
     }
     Records query(int32_t kind, Records records) {
         DrelRequestParcel parcel;
@@ -156,15 +147,23 @@ protected:
     // The value in force of one resource, as a state query answers it.
     std::string valueOf(int32_t id) {
         Records reply = query(DrelService::kKindState, {idRecord(id)});
-        if (reply.size() != 1 || !reply[0].resValue) return "<no answer>";
-        return *reply[0].resValue;
+        return reply.size() == 1 && reply[0].resValue ? *reply[0].resValue : "<no answer>";
     }
     int32_t listen(Records records, const std::shared_ptr<IDrelCallback>& callback) {
         DrelRequestParcel parcel;
         parcel.resources = std::move(records);
-        int32_t handle = -100;
-        EXPECT_TRUE(drel->listeningRegister(parcel, callback, &handle).isOk());
-        return handle;
+        return answer([&](int32_t* out) { return drel->listeningRegister(parcel, callback, out); });
+    }
+    int32_t listenThermal(std::vector<int32_t> ids,
+                          const std::shared_ptr<IDrelCallback>& callback) {
+        return answer(
+                [&](int32_t* out) { return drel->thermalListeningRegister(ids, callback, out); });
+    }
+    int32_t unregister(int32_t handle, bool thermal = false) {
+        return answer([&](int32_t* out) {
+            return thermal ? drel->thermalListeningUnregister(handle, out)
+                           : drel->listeningUnregister(handle, out);
+        });
     }
 
     std::shared_ptr<DrelService> service;  // for the service's own accessors
