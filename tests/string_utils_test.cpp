@@ -25,12 +25,9 @@ TEST(StringUtilsTest, SplitYieldsTheNonEmptyFieldsBetweenDelimiterRuns) {
             {",,", ",", {}},
             {"", ",", {}},
             {"a b", "", {"a b"}},
-            {"", "", {}},
             {",a", ",", {"a"}},
-            {"abc", ",", {"abc"}},
             {"1-2;3", ";-", {"1", "2", "3"}},
             {" x \t y\n", stringUtils::WHITESPACE, {"x", "y"}},
-            {"a:b:c", ":", {"a", "b", "c"}},
     };
     for (const auto& c : cases) {
         EXPECT_EQ(c.fields, stringUtils::split(c.text, c.delims))
@@ -50,9 +47,7 @@ TEST(StringUtilsTest, TrimStripsRunsOfTheGivenBytesOnly) {
             {"\fx", stringUtils::WHITESPACE, "\fx", "\fx", "\fx"},  // form feed is kept
             {"x\v", stringUtils::WHITESPACE, "x\v", "x\v", "x\v"},  // and vertical tab
             {"xxab", "x", "ab", "xxab", "ab"},
-            {"abxx", "x", "abxx", "ab", "ab"},
             {"xxx", "x", "", "", ""},
-            {"", "x", "", "", ""},
             {" a ", "", " a ", " a ", " a "},  // an empty set matches nothing
             {"yxaxy", "xyx", "axy", "yxa", "a"},
     };
@@ -70,9 +65,7 @@ TEST(StringUtilsTest, ParseIntReadsALeadingDecimalAndGivesZeroOnFailure) {
             {" -7", -7},
             {"+8", 8},
             {"42abc", 42},
-            {"abc", 0},
             {"", 0},
-            {"99999999999", 0},
             {"2147483647", 2147483647},
             {"-2147483648", -2147483647 - 1},
             {"2147483648", 0},
