@@ -16,7 +16,6 @@
 #include <list>
 #include <map>
 #include <memory>
-#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,9 +29,10 @@ using ::aidl::vendor::quarn::hardware::drel::BnDrel;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
 using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+using ::ndk::ScopedAStatus;
+using Records = std::vector<DrelRequestData>;
 
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
-constexpr int32_t kTypePowerMode = 13;
 
 // A violated promise of the library is a finding, as a crash is.
 void require(bool promise) {
@@ -66,35 +66,35 @@ DrelRequestData fuzzedRecord(FuzzedDataProvider& in) {
     return record;
 }
 
-std::vector<DrelRequestData> fuzzedRecords(FuzzedDataProvider& in) {
-    size_t count = in.ConsumeIntegralInRange<size_t>(0, 6);
-    std::vector<DrelRequestData> records;
+Records fuzzedRecords(FuzzedDataProvider& in) {
+    const size_t count = in.ConsumeIntegralInRange<size_t>(0, 6);
     if (in.ConsumeIntegralInRange<int>(0, 15) == 0) {
-        // Many records that cost no input: the same one again and again.
-        // Capped at about 4 MiB of text per reply, which the host copies several times.
+        // Many records that cost no input: the same one again and again, up to about 4 MiB of
+        // text per reply (which the host copies several times).
         DrelRequestData record = fuzzedRecord(in);
-        size_t bytes = 16 + record.resValue.value_or("").size() +
-                       record.resPath.value_or("").size() + record.resExtra.value_or("").size();
-        size_t most = std::min<size_t>(5000, (size_t{4} << 20) / bytes);
-        records.assign(in.ConsumeIntegralInRange<size_t>(0, most), record);
-        return records;
+        const size_t bytes = 16 + record.resValue.value_or("").size() +
+                             record.resPath.value_or("").size() +
+                             record.resExtra.value_or("").size();
+        const size_t most = std::min<size_t>(5000, (size_t{4} << 20) / bytes);
+        return Records(in.ConsumeIntegralInRange<size_t>(0, most), record);
     }
+    Records records;
     for (size_t i = 0; i < count && in.remaining_bytes() > 0; ++i) {
         records.push_back(fuzzedRecord(in));
     }
     return records;
 }
 
-::ndk::ScopedAStatus fuzzedStatus(FuzzedDataProvider& in) {
+ScopedAStatus fuzzedStatus(FuzzedDataProvider& in) {
     switch (in.ConsumeIntegralInRange<int>(0, 11)) {
         case 0:
-            return ::ndk::ScopedAStatus::fromServiceSpecificError(in.ConsumeIntegral<int32_t>());
+            return ScopedAStatus::fromServiceSpecificError(in.ConsumeIntegral<int32_t>());
         case 1:
-            return ::ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+            return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
         case 2:
-            return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+            return ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
         default:
-            return ::ndk::ScopedAStatus::ok();
+            return ScopedAStatus::ok();
     }
 }
 
@@ -102,112 +102,80 @@ std::vector<DrelRequestData> fuzzedRecords(FuzzedDataProvider& in) {
 // thread); the client callbacks it calls run on binder threads while it waits.
 class FuzzService : public BnDrel {
 public:
-    void use(FuzzedDataProvider* in) { in_ = in; }
+    FuzzedDataProvider* in = nullptr;
+    std::vector<std::shared_ptr<IDrelCallback>> oneShots;  // never reported yet
+    std::vector<std::shared_ptr<IDrelCallback>> listeners;
 
-    // Reports to every one-shot callback never reported, with an empty report (which calls no
-    // caller code), and drops every listener: what is left of one input is gone before the next.
-    void settle() {
-        for (const auto& callback : oneShots_) callback->onCallback({});
-        oneShots_.clear();
-        listeners_.clear();
-    }
-
-    // Reports fuzzed data to a listener kept from an earlier registration.
-    void reportToListener() {
-        if (listeners_.empty()) return;
-        size_t at = in_->ConsumeIntegralInRange<size_t>(0, listeners_.size() - 1);
-        listeners_[at]->onCallback(fuzzedRecords(*in_));
-    }
-
-    ::ndk::ScopedAStatus init() override { return fuzzedStatus(*in_); }
-    ::ndk::ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
-        *out = in_->ConsumeIntegral<int32_t>();
+    ScopedAStatus init() override { return fuzzedStatus(*in); }
+    ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
+        *out = in->ConsumeIntegral<int32_t>();
         if (parcel.callback != nullptr) {
             // Never, once, or twice.
-            int reports = in_->ConsumeIntegralInRange<int>(0, 2);
-            for (int i = 0; i < reports; ++i) parcel.callback->onCallback(fuzzedRecords(*in_));
-            if (reports == 0) oneShots_.push_back(parcel.callback);
+            const int reports = in->ConsumeIntegralInRange<int>(0, 2);
+            for (int i = 0; i < reports; ++i) parcel.callback->onCallback(fuzzedRecords(*in));
+            if (reports == 0) oneShots.push_back(parcel.callback);
         }
-        return fuzzedStatus(*in_);
+        return fuzzedStatus(*in);
     }
-    ::ndk::ScopedAStatus release(int32_t, int32_t* out) override { return answer(out); }
-    ::ndk::ScopedAStatus stateRequest(const DrelRequestParcel& parcel,
-                                      std::vector<DrelRequestData>* out) override {
-        *out = fuzzedRecords(*in_);
-        if (parcel.requestType == kTypePowerMode && !out->empty() && !out->front().resValue) {
-            out->front().resValue = in_->ConsumeRandomLengthString(16);
+    ScopedAStatus release(int32_t, int32_t* out) override { return answer(out); }
+    ScopedAStatus stateRequest(const DrelRequestParcel& parcel, Records* out) override {
+        *out = fuzzedRecords(*in);
+        if (parcel.requestType == 13 && !out->empty() && !out->front().resValue) {
+            out->front().resValue = in->ConsumeRandomLengthString(16);  // a power-mode reply
         }
-        return fuzzedStatus(*in_);
+        return fuzzedStatus(*in);
     }
-    ::ndk::ScopedAStatus listeningRegister(const DrelRequestParcel&,
+    ScopedAStatus listeningRegister(const DrelRequestParcel&,
+                                    const std::shared_ptr<IDrelCallback>& callback,
+                                    int32_t* out) override {
+        return keepListener(callback, out);
+    }
+    ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return answer(out); }
+    ScopedAStatus propertyGet(const std::string&, std::string* out) override {
+        *out = in->ConsumeRandomLengthString(255);
+        return fuzzedStatus(*in);
+    }
+    ScopedAStatus propertySet(const std::string&, const std::string&, int32_t* out) override {
+        return answer(out);
+    }
+    ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&,
                                            const std::shared_ptr<IDrelCallback>& callback,
                                            int32_t* out) override {
         return keepListener(callback, out);
     }
-    ::ndk::ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return answer(out); }
-    ::ndk::ScopedAStatus propertyGet(const std::string&, std::string* out) override {
-        *out = in_->ConsumeRandomLengthString(255);
-        return fuzzedStatus(*in_);
+    ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override { return answer(out); }
+    ScopedAStatus reserved11() override {
+        return ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
     }
-    ::ndk::ScopedAStatus propertySet(const std::string&, const std::string&,
-                                     int32_t* out) override {
-        return answer(out);
-    }
-    ::ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&,
-                                                  const std::shared_ptr<IDrelCallback>& callback,
-                                                  int32_t* out) override {
-        return keepListener(callback, out);
-    }
-    ::ndk::ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override {
-        return answer(out);
-    }
-    ::ndk::ScopedAStatus reserved11() override {
-        return ::ndk::ScopedAStatus::fromExceptionCode(EX_UNSUPPORTED_OPERATION);
-    }
-    ::ndk::ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override {
-        return answer(out);
-    }
-    ::ndk::ScopedAStatus ruleCtl(int32_t, int32_t, const std::vector<DrelRequestData>&,
-                                 int32_t* out) override {
+    ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override { return answer(out); }
+    ScopedAStatus ruleCtl(int32_t, int32_t, const Records&, int32_t* out) override {
         return answer(out);
     }
 
 private:
-    ::ndk::ScopedAStatus answer(int32_t* out) {
-        *out = in_->ConsumeIntegral<int32_t>();
-        return fuzzedStatus(*in_);
+    ScopedAStatus answer(int32_t* out) {
+        *out = in->ConsumeIntegral<int32_t>();
+        return fuzzedStatus(*in);
     }
-    ::ndk::ScopedAStatus keepListener(const std::shared_ptr<IDrelCallback>& callback,
-                                      int32_t* out) {
+    ScopedAStatus keepListener(const std::shared_ptr<IDrelCallback>& callback, int32_t* out) {
         if (callback != nullptr) {
             // A report may come before the registration call has even returned.
-            if (in_->ConsumeBool()) callback->onCallback(fuzzedRecords(*in_));
-            listeners_.push_back(callback);
+            if (in->ConsumeBool()) callback->onCallback(fuzzedRecords(*in));
+            listeners.push_back(callback);
         }
         return answer(out);
     }
-
-    FuzzedDataProvider* in_ = nullptr;
-    std::vector<std::shared_ptr<IDrelCallback>> oneShots_;
-    std::vector<std::shared_ptr<IDrelCallback>> listeners_;
 };
 
-// Caller callbacks: they look at everything they are given.
-class IdCallback : public IClientCallback {
+// A caller's callback of either form: it looks at everything it is given.
+class Caller : public IClientCallback, public IClientCallbackByPath {
 public:
     void onCallback(std::list<QelClient::Resource> resources) override {
-        for (const QelClient::Resource& resource : resources) {
+        for (const auto& resource : resources) {
             require(resource.resValue.has_value());  // always present in id form
             seen_ += resource.resValue->size();
         }
     }
-
-private:
-    size_t seen_ = 0;
-};
-
-class PathCallback : public IClientCallbackByPath {
-public:
     void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
         require(paths.size() == values.size());
         for (size_t i = 0; i < paths.size(); ++i) seen_ += paths[i].size() + values[i].size();
@@ -217,20 +185,18 @@ private:
     size_t seen_ = 0;
 };
 
-std::shared_ptr<FuzzService>& service() {
-    static std::shared_ptr<FuzzService> instance;
-    return instance;
-}
+std::shared_ptr<FuzzService> service;
 
 void startService() {
-    service() = ::ndk::SharedRefBase::make<FuzzService>();
-    AServiceManager_addService(service()->asBinder().get(), kInstance);
+    service = ::ndk::SharedRefBase::make<FuzzService>();
+    AServiceManager_addService(service->asBinder().get(), kInstance);
 }
 
 std::list<QelClient::Resource> resourceList(FuzzedDataProvider& in) {
     std::list<QelClient::Resource> list;
-    size_t count = in.ConsumeIntegralInRange<size_t>(0, 3);
-    for (size_t i = 0; i < count; ++i) list.push_back({in.ConsumeIntegral<int32_t>(), "1"});
+    for (size_t i = in.ConsumeIntegralInRange<size_t>(0, 3); i > 0; --i) {
+        list.push_back({in.ConsumeIntegral<int32_t>(), "1"});
+    }
     return list;
 }
 
@@ -243,34 +209,33 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
-    service()->use(&in);
+    service->in = &in;
     std::vector<int> registrations;
     for (int step = 0; step < 24 && in.remaining_bytes() > 0; ++step) {
         switch (in.ConsumeIntegralInRange<int>(0, 17)) {
             case 0: {
-                std::list<QelClient::Resource> query = resourceList(in);
-                std::list<QelClient::Resource> states;
-                int result = drelHalclient::drelResStateRequest(query, 0, states);
+                std::list<QelClient::Resource> query = resourceList(in), states;
+                const int result = drelHalclient::drelResStateRequest(query, 0, states);
                 require(result == -1 || result == static_cast<int>(states.size()));
                 break;
             }
             case 1: {
                 std::vector<std::string> states;
-                int result = drelHalclient::drel_res_state_request_by_path({"/a", "/b"}, {"1", "2"},
-                                                                           0, states);
+                const int result = drelHalclient::drel_res_state_request_by_path(
+                        {"/a", "/b"}, {"1", "2"}, 0, states);
                 require(result == -1 || result == static_cast<int>(states.size()));
                 break;
             }
             case 2: {
                 std::map<std::string, std::string> states;
-                int result =
+                const int result =
                         drelHalclient::drel_res_state_request_map_by_path({{"/a", "1"}}, 0, states);
                 require(result == -1 || result == static_cast<int>(states.size()));
                 break;
             }
             case 3: {
                 std::vector<QelClient::Resource> resources{{0, "x"}, {1, std::nullopt}, {2, "y"}};
-                int result = QelMutiResStateRequest(resources);
+                const int result = QelMutiResStateRequest(resources);
                 require(result >= -1 && result <= 3);
                 break;
             }
@@ -281,7 +246,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             }
             case 5: {
                 std::string history;
-                int result = QelGetHistory(history);
+                const int result = QelGetHistory(history);
                 require(result == 0 || (result == -1 && history.empty()));
                 break;
             }
@@ -291,34 +256,39 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             case 7: {
                 std::list<QelClient::Resource> resources = resourceList(in);
                 drelHalclient::drelResCtlRequest(1, 0, resources, 0, 0, 0,
-                                                 std::make_shared<IdCallback>());
+                                                 std::make_shared<Caller>());
                 break;
             }
             case 8:
                 drelHalclient::drelSACtlRequest(1, 0, in.ConsumeIntegral<int32_t>(), 0, 0, 0,
-                                                std::make_shared<IdCallback>());
+                                                std::make_shared<Caller>());
                 break;
             case 9:
                 drelHalclient::drel_resctl_request_with_callback_by_path(
-                        1, 0, {"/a"}, {"1"}, 0, 0, 0, std::make_shared<PathCallback>());
+                        1, 0, {"/a"}, {"1"}, 0, 0, 0, std::make_shared<Caller>());
                 break;
             case 10: {
                 // A list of its own each time: an equal list would be refused before the call.
                 std::list<QelClient::Resource> ids{{step + 1, std::nullopt}};
                 registrations.push_back(drelHalclient::drelResListeningRegister(
-                        ids, 0, std::make_shared<IdCallback>()));
+                        ids, 0, std::make_shared<Caller>()));
                 break;
             }
             case 11:
                 registrations.push_back(drelHalclient::drel_res_listening_register_by_path(
-                        {"/p" + std::to_string(step)}, 0, std::make_shared<PathCallback>()));
+                        {"/p" + std::to_string(step)}, 0, std::make_shared<Caller>()));
                 break;
             case 12:
                 registrations.push_back(drelHalclient::drelThermalListeningRegister(
-                        {0, 1}, std::make_shared<IdCallback>()));
+                        {0, 1}, std::make_shared<Caller>()));
                 break;
             case 13:
-                service()->reportToListener();
+                // A report to a listener kept from an earlier registration.
+                if (!service->listeners.empty()) {
+                    service->listeners[in.ConsumeIntegralInRange<size_t>(
+                                               0, service->listeners.size() - 1)]
+                            ->onCallback(fuzzedRecords(in));
+                }
                 break;
             case 14: {
                 char* value = drelHalclient::drelPropertyGet("fuzz");
@@ -329,19 +299,17 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
             case 15:
                 // A restart: the next calls of both APIs reconnect.
                 if (in.ConsumeIntegralInRange<int>(0, 7) == 0) {
-                    service()->use(nullptr);
+                    service->in = nullptr;
                     hostbinder::killService(kInstance);
                     hostbinder::waitIdle();
                     startService();
-                    service()->use(&in);
+                    service->in = &in;
                 }
                 break;
-            case 16: {
-                std::vector<QelClient::Resource> resources{{1, "1"}};
-                QelEventAcquire(in.ConsumeIntegral<int>(), "pkg", "id", 0, resources);
+            case 16:
+                QelEventAcquire(in.ConsumeIntegral<int>(), "pkg", "id", 0, {{1, "1"}});
                 qelInit();
                 break;
-            }
             default:
                 drelHalclient::drel_init();
                 qelRuleCtl(1, 1, {});
@@ -349,8 +317,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         }
     }
     for (int handle : registrations) drelHalclient::drelResListeningUnRegister(handle);
-    service()->settle();
-    service()->use(nullptr);
+    // What is left of one input is gone before the next: every one-shot callback never reported
+    // gets an empty report (which calls no caller code), and every listener is dropped.
+    for (const auto& callback : service->oneShots) callback->onCallback({});
+    service->oneShots.clear();
+    service->listeners.clear();
+    service->in = nullptr;
     hostbinder::waitIdle();
     return 0;
 }

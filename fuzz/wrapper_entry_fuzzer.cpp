@@ -19,6 +19,9 @@ using ::aidl::vendor::quarn::hardware::drel::BnDrel;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
 using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+using ::ndk::ScopedAStatus;
+using Callback = std::shared_ptr<IDrelCallback>;
+using Records = std::vector<DrelRequestData>;
 
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
@@ -32,63 +35,48 @@ public:
     std::atomic<int> ruleControls{0};
     std::atomic<int> requests{0};
 
-    ::ndk::ScopedAStatus init() override { return ::ndk::ScopedAStatus::ok(); }
-    ::ndk::ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
+    ScopedAStatus init() override { return ScopedAStatus::ok(); }
+    ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
         ++requests;
         // An event names its command by a leading record within the catalogue.
         require(!parcel.resources.empty() && parcel.resources[0].resId >= 0 &&
                 static_cast<size_t>(parcel.resources[0].resId) < gActionList.size());
         *out = 1;
-        return ::ndk::ScopedAStatus::ok();
+        return ScopedAStatus::ok();
     }
-    ::ndk::ScopedAStatus release(int32_t, int32_t* out) override { return zero(out); }
-    ::ndk::ScopedAStatus stateRequest(const DrelRequestParcel&,
-                                      std::vector<DrelRequestData>*) override {
-        return ::ndk::ScopedAStatus::ok();
-    }
-    ::ndk::ScopedAStatus listeningRegister(const DrelRequestParcel&,
-                                           const std::shared_ptr<IDrelCallback>&,
-                                           int32_t* out) override {
-        return zero(out);
-    }
-    ::ndk::ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return zero(out); }
-    ::ndk::ScopedAStatus propertyGet(const std::string&, std::string*) override {
-        return ::ndk::ScopedAStatus::ok();
-    }
-    ::ndk::ScopedAStatus propertySet(const std::string&, const std::string&,
-                                     int32_t* out) override {
-        return zero(out);
-    }
-    ::ndk::ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&,
-                                                  const std::shared_ptr<IDrelCallback>&,
-                                                  int32_t* out) override {
-        return zero(out);
-    }
-    ::ndk::ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override {
-        return zero(out);
-    }
-    ::ndk::ScopedAStatus reserved11() override { return ::ndk::ScopedAStatus::ok(); }
-    ::ndk::ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override {
-        return zero(out);
-    }
-    ::ndk::ScopedAStatus ruleCtl(int32_t, int32_t, const std::vector<DrelRequestData>& data,
-                                 int32_t* out) override {
+    ScopedAStatus ruleCtl(int32_t, int32_t, const Records& data, int32_t* out) override {
         ++ruleControls;
         for (const DrelRequestData& record : data) require(record.resValue.has_value());
         return zero(out);
     }
+    // Not called by the wrapper.
+    ScopedAStatus release(int32_t, int32_t* out) override { return zero(out); }
+    ScopedAStatus stateRequest(const DrelRequestParcel&, Records*) override { return zero(); }
+    ScopedAStatus listeningRegister(const DrelRequestParcel&, const Callback&,
+                                    int32_t* out) override {
+        return zero(out);
+    }
+    ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return zero(out); }
+    ScopedAStatus propertyGet(const std::string&, std::string*) override { return zero(); }
+    ScopedAStatus propertySet(const std::string&, const std::string&, int32_t* out) override {
+        return zero(out);
+    }
+    ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&, const Callback&,
+                                           int32_t* out) override {
+        return zero(out);
+    }
+    ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override { return zero(out); }
+    ScopedAStatus reserved11() override { return zero(); }
+    ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override { return zero(out); }
 
 private:
-    static ::ndk::ScopedAStatus zero(int32_t* out) {
-        *out = 0;
-        return ::ndk::ScopedAStatus::ok();
+    static ScopedAStatus zero(int32_t* out = nullptr) {
+        if (out != nullptr) *out = 0;
+        return ScopedAStatus::ok();
     }
 };
 
-std::shared_ptr<RecordingService>& service() {
-    static std::shared_ptr<RecordingService> instance;
-    return instance;
-}
+std::shared_ptr<RecordingService> service;
 
 // The sources the wrapper knows, so that most inputs reach a scenario.
 constexpr int kSources[] = {1,  2,  3,   5,   6,   8,   9,   10,  11,   12,  14,
@@ -97,8 +85,8 @@ constexpr int kSources[] = {1,  2,  3,   5,   6,   8,   9,   10,  11,   12,  14,
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
-    service() = ::ndk::SharedRefBase::make<RecordingService>();
-    AServiceManager_addService(service()->asBinder().get(), kInstance);
+    service = ::ndk::SharedRefBase::make<RecordingService>();
+    AServiceManager_addService(service->asBinder().get(), kInstance);
     return 0;
 }
 
@@ -112,9 +100,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         int param = in.ConsumeIntegral<int>();
         std::string name = in.ConsumeRandomLengthString(32);
         std::string text = in.ConsumeRemainingBytesAsString();
-        int before = service()->ruleControls;
+        int before = service->ruleControls;
         require(QelNotifyWapper(name, src, type, param, 0, 0, text) == 0);
-        require(service()->ruleControls - before <= 1);
+        require(service->ruleControls - before <= 1);
     } else if (entry == 1) {
         std::string eventId;
         if (in.ConsumeBool() && !gActionList.empty()) {
@@ -127,9 +115,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         int timeout = in.ConsumeIntegral<int>();
         std::string scene = in.ConsumeRandomLengthString(32);
         std::string identity = in.ConsumeRemainingBytesAsString();
-        int before = service()->requests;
+        int before = service->requests;
         int handle = QelEventAcquireWrapper(eventId, scene, identity, timeout);
-        int made = service()->requests - before;
+        int made = service->requests - before;
         require(made <= 1 && (handle == -1 || made == 1));
         if (eventId.rfind("PRAXEL_", 0) != 0) require(handle == -1 && made == 0);
     } else {

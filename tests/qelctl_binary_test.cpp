@@ -22,51 +22,35 @@ struct Result {
     std::string err;
 };
 
-std::string slurp(const std::string& path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 // Runs the binary with arguments (already shell-quoted) and stdin text.
 Result runBinary(const std::string& args, const std::string& input = "") {
     const std::string base = ::testing::TempDir() + "qelctl_" + std::to_string(getpid());
-    {
-        std::ofstream in(base + ".in");
-        in << input;
-    }
+    std::ofstream(base + ".in") << input;
     const std::string command = std::string(QELCTL_EMULATOR) + " " + QELCTL_BINARY + " " + args +
                                 " <" + base + ".in >" + base + ".out 2>" + base + ".err";
     const int raw = std::system(command.c_str());
-    Result result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, slurp(base + ".out"),
-                  slurp(base + ".err")};
+    Result result{WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, "", ""};
+    for (auto [suffix, text] : {std::pair{".out", &result.out}, std::pair{".err", &result.err}}) {
+        std::ostringstream content;
+        content << std::ifstream(base + suffix).rdbuf();
+        *text = content.str();
+        std::remove((base + suffix).c_str());
+    }
     std::remove((base + ".in").c_str());
-    std::remove((base + ".out").c_str());
-    std::remove((base + ".err").c_str());
     return result;
 }
 
-TEST(QelctlBinary, ExitsZeroOneOrTwo) {
+TEST(QelctlBinary, ExitsZeroOneOrTwoAndRunsScriptsFromStdin) {
     Result help = runBinary("--help");
     EXPECT_EQ(0, help.status);
     EXPECT_THAT(help.out, HasSubstr("usage: qelctl"));
-
     Result usage = runBinary("acquire");
     EXPECT_EQ(2, usage.status);
     EXPECT_EQ("qelctl: missing ACTION or command id\nTry 'qelctl --help'.\n", usage.err);
-
     Result missing = runBinary("history");
     EXPECT_EQ(1, missing.status);
     EXPECT_THAT(missing.err, HasSubstr("qelctl: history: service not available"));
     EXPECT_EQ("", missing.out);
-}
-
-TEST(QelctlBinary, RunsTheEmbeddedServiceAndScriptsFromStdin) {
-    Result acquire = runBinary("--embedded --json acquire ACTION_COLD_LAUNCH --pkg demo");
-    EXPECT_EQ(0, acquire.status) << acquire.err;
-    EXPECT_THAT(acquire.out, HasSubstr("\"command\":\"acquire\",\"ok\":true"));
-    EXPECT_THAT(acquire.out, HasSubstr("\"handle\":1"));
 
     Result script = runBinary("--embedded script -",
                               "listen 0x01010010\n"

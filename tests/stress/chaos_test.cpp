@@ -1,14 +1,13 @@
-// Chaos: T caller threads run a bounded random mix of every operation of the class API, the flat
-// API and the action wrapper against the example service, while a chaos thread kills and restarts
-// the service at random moments and the service itself fails, errs and stalls at random
-// (FaultyDrel).
+// Chaos: T caller threads run a bounded random mix of the operations of the class API, the flat
+// API and the action wrapper against the example service, while the chaos thread kills and
+// restarts the service at random moments and the service itself fails, errs and stalls at random
+// (FaultyDrel, seeded).
 //
 // What must hold: nothing crashes; the run ends within its bound (a watchdog ends the process
 // otherwise); every result is -1 or a value the service gave; after each restart the next call
-// of each API succeeds without any action of the caller; at the end the registries hold exactly
-// what they should (no registration left after its unregistration, and only one-shot clients
-// whose service never reported, each once). The sanitizer presets run it under ASan, LSan and
-// TSan.
+// of each API succeeds without any action of the caller; at the end the registries hold no
+// listening registration and only one-shot clients whose service never reported, each once. The
+// sanitizer presets run it under ASan, LSan and TSan.
 //
 // Parameters (environment): QEL_STRESS_THREADS (8), QEL_STRESS_KILLS (100),
 // QEL_STRESS_INTERVAL_MS (longest wait between kills, 20), QEL_STRESS_SEED (1),
@@ -19,739 +18,484 @@
 
 #include <algorithm>
 #include <atomic>
-#include <condition_variable>
-#include <cstdio>
 #include <deque>
-#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <random>
 #include <set>
+#include <shared_mutex>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
 #include "QelWrapper.h"
+#include "drel-service/DrelService.h"
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
 #include "qel.h"
-#include "stress/faulty_drel.h"
 #include "stress/stress_support.h"
 
 namespace qel_stress {
 namespace {
 
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
+using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
+using ::aidl::vendor::quarn::hardware::drel::DrelService;
+using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+using ::ndk::ScopedAStatus;
+using Resources = std::list<QelClient::Resource>;
+
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
-constexpr int kPoolSize = 16;
-constexpr int kThermalIds = 4;
-constexpr int kMaxHeldHandles = 8;
-constexpr int kMaxRegistrations = 4;
 
-int32_t poolId(int i) {
-    return 0x01500000 + i;
-}
-std::string poolPath(int i) {
-    return "/stress/res" + std::to_string(i);
+// A violation, seen on any thread. Only the first few are reported, so that a broken library
+// does not flood the log.
+std::atomic<int> findings{0};
+template <typename... Parts>
+void finding(const Parts&... parts) {
+    if (findings++ >= 20) return;
+    std::ostringstream text;
+    (text << ... << parts);
+    ADD_FAILURE() << text.str();
 }
 
-// Values the callers request are "1".."999"; a resource nobody holds reads "0".
-std::string valueText(Rng& rng) {
-    return std::to_string(1 + rng.below(999));
-}
+// Callers hold values "1".."999"; a resource nobody holds reads "0".
 bool isServiceValue(const std::string& text) {
-    if (text == "0") return true;
-    if (text.empty() || text.size() > 3 || text[0] == '0') return false;
-    return std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+    return text == "0" ||
+           (!text.empty() && text.size() <= 3 && text[0] != '0' &&
+            std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; }));
 }
 
-// Violations seen by any thread; the first few are kept for the failure message.
-class Findings {
+// Integer answers given with an OK status, by every service instance of a run.
+std::mutex ledgerMutex;
+std::set<int32_t> ledger;
+bool serviceGave(int32_t answer) {
+    std::lock_guard<std::mutex> lock(ledgerMutex);
+    return ledger.count(answer) != 0;
+}
+
+std::atomic<bool> faultsOn{true};
+std::atomic<uint64_t> faultsInjected{0};
+
+// The example service, going wrong at random as a real one does: a failed transaction, an
+// exception or a service-specific error (half of them after the service did the work: the reply
+// was lost), or a late answer. The faults of an instance follow from its seed; the interleaving
+// of threads does not. Integer answers given OK go to the ledger.
+class FaultyDrel : public DrelService {
 public:
-    void add(const std::string& what) {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (first_.size() < 20) first_.push_back(what);
-        ++count_;
+    explicit FaultyDrel(uint64_t seed) : seed_(seed) {}
+
+    ScopedAStatus init() override {
+        return faulty([&] { return DrelService::init(); });
     }
-    size_t count() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return count_;
+    ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
+        return faulty([&] { return DrelService::request(parcel, out); }, out);
     }
-    std::string summary() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        std::string text;
-        for (const std::string& line : first_) text += "  " + line + "\n";
-        return text;
+    ScopedAStatus release(int32_t handle, int32_t* out) override {
+        return faulty([&] { return DrelService::release(handle, out); }, out);
+    }
+    ScopedAStatus stateRequest(const DrelRequestParcel& parcel,
+                               std::vector<DrelRequestData>* out) override {
+        return faulty([&] { return DrelService::stateRequest(parcel, out); });
+    }
+    ScopedAStatus listeningRegister(const DrelRequestParcel& parcel,
+                                    const std::shared_ptr<IDrelCallback>& callback,
+                                    int32_t* out) override {
+        return faulty([&] { return DrelService::listeningRegister(parcel, callback, out); }, out);
+    }
+    ScopedAStatus listeningUnregister(int32_t handle, int32_t* out) override {
+        return faulty([&] { return DrelService::listeningUnregister(handle, out); }, out);
+    }
+    ScopedAStatus propertyGet(const std::string& name, std::string* out) override {
+        return faulty([&] { return DrelService::propertyGet(name, out); });
+    }
+    ScopedAStatus propertySet(const std::string& name, const std::string& value,
+                              int32_t* out) override {
+        return faulty([&] { return DrelService::propertySet(name, value, out); }, out);
+    }
+    ScopedAStatus thermalListeningRegister(const std::vector<int32_t>& ids,
+                                           const std::shared_ptr<IDrelCallback>& callback,
+                                           int32_t* out) override {
+        return faulty([&] { return DrelService::thermalListeningRegister(ids, callback, out); },
+                      out);
+    }
+    ScopedAStatus thermalListeningUnregister(int32_t handle, int32_t* out) override {
+        return faulty([&] { return DrelService::thermalListeningUnregister(handle, out); }, out);
+    }
+    ScopedAStatus setRelatedSysInfo(int32_t type, int64_t info, int32_t* out) override {
+        return faulty([&] { return DrelService::setRelatedSysInfo(type, info, out); }, out);
+    }
+    ScopedAStatus ruleCtl(int32_t ruleId, int32_t status, const std::vector<DrelRequestData>& data,
+                          int32_t* out) override {
+        return faulty([&] { return DrelService::ruleCtl(ruleId, status, data, out); }, out);
     }
 
 private:
-    mutable std::mutex mutex_;
-    std::vector<std::string> first_;
-    size_t count_ = 0;
-};
-
-// A caller's one-shot callback: may be called once at most.
-class OneShot : public IClientCallback {
-public:
-    explicit OneShot(Findings& findings) : findings_(findings) {}
-    void onCallback(std::list<QelClient::Resource> resources) override {
-        if (++calls > 1) findings_.add("one-shot callback called twice");
-        for (const QelClient::Resource& resource : resources) {
-            if (!resource.resValue || !isServiceValue(*resource.resValue)) {
-                findings_.add("one-shot report with a value the service never holds");
-            }
+    template <typename Forward>
+    ScopedAStatus faulty(Forward forward, int32_t* out = nullptr) {
+        // splitmix64 over a per-instance call counter: lock-free and reproducible for a seed.
+        uint64_t r = seed_ + 0x9e3779b97f4a7c15ULL * (next_.fetch_add(1) + 1);
+        r = (r ^ (r >> 30)) * 0xbf58476d1ce4e5b9ULL;
+        r = (r ^ (r >> 27)) * 0x94d049bb133111ebULL;
+        r ^= r >> 31;
+        const int roll = faultsOn ? static_cast<int>(r % 100) : 100;  // 12 in 100 go wrong
+        if (roll < 12) ++faultsInjected;
+        if (roll >= 8 && roll < 12)
+            std::this_thread::sleep_for(std::chrono::microseconds(r % 2000));
+        const bool fails = roll < 8;
+        if (fails && (r >> 40) % 2 == 0) return failure(roll, r);  // the service never saw it
+        ScopedAStatus status = forward();
+        if (fails) return failure(roll, r);
+        if (status.isOk() && out != nullptr) {
+            std::lock_guard<std::mutex> lock(ledgerMutex);
+            ledger.insert(*out);
         }
+        return status;
     }
-    std::atomic<int> calls{0};
-
-private:
-    Findings& findings_;
-};
-
-class OneShotByPath : public IClientCallbackByPath {
-public:
-    explicit OneShotByPath(Findings& findings) : findings_(findings) {}
-    void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
-        if (++calls > 1) findings_.add("path one-shot callback called twice");
-        if (paths.size() != values.size()) findings_.add("path report of unequal lengths");
-    }
-    std::atomic<int> calls{0};
-
-private:
-    Findings& findings_;
-};
-
-// A listener of either form; counts its reports.
-class Listener : public IClientCallback, public IClientCallbackByPath {
-public:
-    explicit Listener(std::atomic<uint64_t>& reports) : reports_(reports) {}
-    void onCallback(std::list<QelClient::Resource> /*resources*/) override { ++reports_; }
-    void onCallback(std::vector<std::string> /*paths*/,
-                    std::vector<std::string> /*values*/) override {
-        ++reports_;
-    }
-
-private:
-    std::atomic<uint64_t>& reports_;
-};
-
-struct Registration {
-    int handle;
-    bool thermal;
-    std::shared_ptr<Listener> listener;
-};
-
-// Everything the threads of one run share.
-class ChaosRun {
-public:
-    explicit ChaosRun(uint64_t seed) : seed_(seed) {}
-
-    // Registers a new service instance (the first start or a restart).
-    void startService() {
-        auto inner = ::ndk::SharedRefBase::make<DrelService>();
-        std::lock_guard<std::mutex> lock(serviceMutex_);
-        service_ = ::ndk::SharedRefBase::make<FaultyDrel>(
-                inner, seed_ + ++generation_, FaultyDrel::Odds{}, ledger, faults, faultsOn);
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(service_->asBinder().get(), kInstance));
-    }
-
-    // Callers wait here while the chaos thread has paused them.
-    void enter() {
-        std::unique_lock<std::mutex> lock(gateMutex_);
-        gate_.wait(lock, [this] { return !paused_; });
-        ++active_;
-    }
-    void leave() {
-        std::lock_guard<std::mutex> lock(gateMutex_);
-        if (--active_ == 0) gate_.notify_all();
-    }
-    // Returns once no caller is inside an operation; no caller enters one until resume().
-    void pause() {
-        std::unique_lock<std::mutex> lock(gateMutex_);
-        paused_ = true;
-        gate_.wait(lock, [this] { return active_ == 0; });
-    }
-    void resume() {
-        {
-            std::lock_guard<std::mutex> lock(gateMutex_);
-            paused_ = false;
-        }
-        gate_.notify_all();
-    }
-
-    std::shared_ptr<OneShot> newOneShot() {
-        auto callback = std::make_shared<OneShot>(findings);
-        std::lock_guard<std::mutex> lock(oneShotMutex_);
-        oneShots_.push_back(callback);
-        return callback;
-    }
-    std::shared_ptr<OneShotByPath> newOneShotByPath() {
-        auto callback = std::make_shared<OneShotByPath>(findings);
-        std::lock_guard<std::mutex> lock(oneShotMutex_);
-        oneShotsByPath_.push_back(callback);
-        return callback;
-    }
-    // The caller callbacks of one-shot requests that were never reported.
-    std::set<const void*> unreportedOneShots() const {
-        std::lock_guard<std::mutex> lock(oneShotMutex_);
-        std::set<const void*> unreported;
-        for (const auto& callback : oneShots_) {
-            if (callback->calls == 0) unreported.insert(callback.get());
-        }
-        for (const auto& callback : oneShotsByPath_) {
-            if (callback->calls == 0) unreported.insert(callback.get());
-        }
-        return unreported;
-    }
-    size_t oneShotCount() const {
-        std::lock_guard<std::mutex> lock(oneShotMutex_);
-        return oneShots_.size() + oneShotsByPath_.size();
-    }
-
-    // A result must be -1 or an answer the service gave.
-    void checkAnswer(const char* operation, int result) {
-        ++operations;
-        if (result == -1) {
-            ++failedOperations;
-            return;
-        }
-        if (!ledger.gave(result)) {
-            findings.add(std::string(operation) + " returned " + std::to_string(result) +
-                         ", which the service never answered");
-        }
-    }
-    // A query result must be -1 or the size of what it appended.
-    void checkSize(const char* operation, int result, size_t size) {
-        ++operations;
-        if (result == -1) {
-            ++failedOperations;
-        } else if (result < 0 || static_cast<size_t>(result) != size) {
-            findings.add(std::string(operation) + " returned " + std::to_string(result) + " for " +
-                         std::to_string(size) + " entries");
-        }
-    }
-    void checkValue(const char* operation, const std::string& value) {
-        if (!isServiceValue(value)) {
-            findings.add(std::string(operation) + " gave value \"" + value +
-                         "\", which the service never holds");
+    static ScopedAStatus failure(int roll, uint64_t r) {
+        switch (roll % 4) {
+            case 0:
+                return ScopedAStatus::fromServiceSpecificError(-static_cast<int32_t>(r % 64));
+            case 1:
+                return ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+            case 2:
+                return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+            default:
+                return ScopedAStatus::fromStatus(STATUS_NO_MEMORY);
         }
     }
 
-    Ledger ledger;
-    FaultCounters faults;
-    std::atomic<bool> faultsOn{true};
-    Findings findings;
-    std::atomic<uint64_t> operations{0};
-    std::atomic<uint64_t> failedOperations{0};
-    std::atomic<uint64_t> listenerReports{0};
-
-private:
     const uint64_t seed_;
-    std::mutex serviceMutex_;
-    std::shared_ptr<FaultyDrel> service_;
-    uint64_t generation_ = 0;
-
-    std::mutex gateMutex_;
-    std::condition_variable gate_;
-    bool paused_ = false;
-    int active_ = 0;
-
-    mutable std::mutex oneShotMutex_;
-    std::vector<std::shared_ptr<OneShot>> oneShots_;
-    std::vector<std::shared_ptr<OneShotByPath>> oneShotsByPath_;
+    std::atomic<uint64_t> next_{0};
 };
 
-// One caller thread: a random operation per step, remembering the handles and registrations it
-// owns so that it can give them back.
+// A caller's callback of either form: a one-shot one is called once at most, and every report
+// holds values the service holds.
+class Callback : public IClientCallback, public IClientCallbackByPath {
+public:
+    explicit Callback(bool oneShot) : oneShot_(oneShot) {}
+    void onCallback(std::list<QelClient::Resource> resources) override {
+        called();
+        for (const auto& r : resources) check(r.resValue.value_or("<absent>"));
+    }
+    void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
+        called();
+        if (paths.size() != values.size()) finding("a path report of unequal lengths");
+        for (const std::string& value : values) check(value);
+    }
+    std::atomic<int> calls{0};
+
+private:
+    void called() {
+        if (++calls > 1 && oneShot_) finding("a one-shot callback called twice");
+    }
+    static void check(const std::string& value) {
+        if (!isServiceValue(value)) finding("a report of \"", value, "\"");
+    }
+
+    const bool oneShot_;
+};
+
+std::mutex oneShotMutex;
+std::vector<std::shared_ptr<Callback>> oneShots;
+
+std::shared_ptr<Callback> newOneShot() {
+    std::lock_guard<std::mutex> lock(oneShotMutex);
+    return oneShots.emplace_back(std::make_shared<Callback>(true));
+}
+
+// A result must be -1 or an answer the service gave.
+void checkAnswer(const char* operation, int result) {
+    if (result != -1 && !serviceGave(result)) {
+        finding(operation, " returned ", result, ", which the service never answered");
+    }
+}
+
+// A query's result must be -1 (also: no count to check) or the number of values, and each value
+// one the service holds.
+void checkQuery(const char* operation, const std::vector<std::string>& values, int result = -1) {
+    if (result != -1 && result != static_cast<int>(values.size())) {
+        finding(operation, " returned ", result, " for ", values.size(), " values");
+    }
+    for (const std::string& value : values) {
+        if (!isServiceValue(value)) finding(operation, " gave \"", value, "\"");
+    }
+}
+
+// Callers run each step inside a shared hold of `gate`; the chaos thread pauses them by taking
+// it whole, holding `turnstile` meanwhile so that no caller starts another step.
+std::mutex turnstile;
+std::shared_mutex gate;
+
+// One caller thread: a random operation per step, keeping the handles and registrations it owns
+// so that it can give them back.
 class Caller {
 public:
-    Caller(ChaosRun& run, int index, uint64_t seed)
-        : run_(run), index_(index), rng_(seed * 7919 + static_cast<uint64_t>(index)) {}
+    Caller(uint64_t seed, int index) : index_(index), rng_(seed * 7919 + index) {}
 
     void step() {
-        run_.enter();
-        switch (rng_.below(29)) {
+        { std::lock_guard<std::mutex> wait(turnstile); }
+        std::shared_lock<std::shared_mutex> inside(gate);
+        const int timeout = coin() ? 0 : 1 + below(100);
+        Resources resources{{poolId(), valueText()}, {poolId(), valueText()}};
+        std::vector<QelClient::Resource> flat(resources.begin(), resources.end());
+        auto listener = std::make_shared<Callback>(false);
+        std::vector<std::string> values;
+        switch (below(17)) {
             case 0:
-                resCtl(false);
+                keep(kClass, coin() ? drelHalclient::drelResCtlRequest(index_, timeout, resources,
+                                                                       0, 1, 0, newOneShot())
+                                    : drelHalclient::drelResCtlRequest(index_, timeout, resources,
+                                                                       0, 1, 0));
                 break;
             case 1:
-                resCtl(true);
+                keep(kClass,
+                     coin() ? drelHalclient::drelSACtlRequest(index_, timeout, poolId(), 0, 0, 0,
+                                                              newOneShot())
+                            : drelHalclient::drelSACtlRequest(index_, timeout, poolId(), 0, 0, 0));
                 break;
             case 2:
-                saCtl(false);
+                keep(kClass,
+                     coin() ? drelHalclient::drel_resctl_request_with_callback_by_path(
+                                      index_, timeout, {poolPath()}, {valueText()}, 0, 0, 0,
+                                      newOneShot())
+                            : drelHalclient::drel_resctl_request_by_path(
+                                      index_, timeout, {poolPath()}, {valueText()}, 0, 0, 0));
                 break;
             case 3:
-                saCtl(true);
+                giveBack();
                 break;
-            case 4:
-                releaseClassHandle();
+            case 4: {
+                // Each registration also listens to an id of its own, so no two lists are equal.
+                Resources ids{{poolId(), std::nullopt}, {ownId(), std::nullopt}};
+                remember(drelHalclient::drelResListeningRegister(ids, 0, listener), listener);
                 break;
-            case 5:
-                listen();
+            }
+            case 5: {
+                const std::string own = "/stress/own" + std::to_string(ownId());
+                remember(coin() ? drelHalclient::drel_res_listening_register_by_path(
+                                          {poolPath(), own}, 0, listener)
+                                : drelHalclient::drel_res_listening_register_map_by_path(
+                                          {{poolPath(), ""}, {own, ""}}, 0, listener),
+                         listener);
                 break;
-            case 6:
+            }
+            case 6: {
+                remember(
+                        drelHalclient::drelThermalListeningRegister({below(4), below(4)}, listener),
+                        listener, true);
+                Resources levels{{below(4), valueText()}};
+                checkAnswer("drelThermalNotify", drelHalclient::drelThermalNotify(levels, 0));
+                break;
+            }
+            case 7:
                 unregisterOldest();
                 break;
-            case 7:
-                thermalNotify();
+            case 8: {
+                Resources states;
+                const int result = drelHalclient::drelResStateRequest(resources, 0, states);
+                for (const auto& state : states) values.push_back(state.resValue.value_or(""));
+                checkQuery("drelResStateRequest", values, result);
                 break;
-            case 8:
-                thermalListen();
+            }
+            case 9: {
+                const std::string path = poolPath();
+                std::map<std::string, std::string> states;
+                const int result =
+                        drelHalclient::drel_res_state_request_map_by_path({{path, ""}}, 0, states);
+                for (const auto& [statePath, value] : states) {
+                    if (statePath != path) finding("a state of an unasked path ", statePath);
+                    values.push_back(value);
+                }
+                checkQuery("drel_res_state_request_map_by_path", values, result);
+                std::vector<std::string> byPath;
+                checkQuery("drel_res_state_request_by_path", byPath,
+                           drelHalclient::drel_res_state_request_by_path({poolPath(), poolPath()},
+                                                                         {}, 0, byPath));
                 break;
-            case 9:
-                classState();
-                break;
-            case 10:
-                requestByPath(false);
-                break;
-            case 11:
-                requestByPath(true);
-                break;
-            case 12:
-                stateByPath();
-                break;
-            case 13:
-                stateMapByPath();
-                break;
-            case 14:
-                listenByPath();
-                break;
-            case 15:
-                diagnostics();
-                break;
-            case 16:
-                properties();
-                break;
-            case 17:
+            }
+            case 10: {
+                const std::string name = "stress.p" + std::to_string(below(4));
+                checkAnswer("drelPropertySet",
+                            drelHalclient::drelPropertySet(name, "v" + valueText()));
+                char* value = drelHalclient::drelPropertyGet(name);
+                const std::string text(value);
+                delete[] value;
+                if (!text.empty() && (text[0] != 'v' || !isServiceValue(text.substr(1)))) {
+                    finding("drelPropertyGet gave \"", text, "\", which nobody set");
+                }
                 drelHalclient::drel_init();
-                ++run_.operations;
+                const int dumped = drelHalclient::drelDumpActiveResMap();
+                if (dumped != 0 && dumped != -1) finding("a dump answered ", dumped);
                 break;
-            case 18:
-                qelInitOnce();
+            }
+            case 11: {
+                const int kind = below(3);
+                keep(kFlat, kind == 0   ? QelEventAcquire(below(199), "pkg", "id", timeout, flat)
+                            : kind == 1 ? QelResAcquire(flat, 0, "id", timeout)
+                                        : QelPlatformResAcquire(flat, 0, "id", "pkg", timeout));
                 break;
-            case 19:
-                flatAcquire();
+            }
+            case 12: {
+                // Entries the service did not answer keep the caller's "0".
+                std::vector<QelClient::Resource> query{{poolId(), "0"}, {poolId(), "0"}};
+                const int counted = QelMutiResStateRequest(query);
+                if (counted < -1 || counted > 2) finding("QelMutiResStateRequest: ", counted);
+                std::string value = "0";
+                QelResStateRequest(poolId(), value);
+                checkQuery("QelMutiResStateRequest or QelResStateRequest",
+                           {query[0].resValue.value_or(""), query[1].resValue.value_or(""), value});
                 break;
-            case 20:
-                flatRelease();
+            }
+            case 13: {
+                std::string history;
+                const int result = QelGetHistory(history);
+                const bool whole = history.rfind("start:", 0) == 0 &&
+                                   history.find(";end", history.size() - 4) != std::string::npos;
+                if (result == -1 ? !history.empty() : (result != 0 || !whole)) {
+                    finding("QelGetHistory gave ", result, " \"", history, "\"");
+                }
+                const int status = QelGetPMStatus(poolId());
+                if (status < -1 || status > 999) finding("QelGetPMStatus gave ", status);
+                if (qelInit() < -2) finding("qelInit answered below -2");
                 break;
-            case 21:
-                run_.checkAnswer("QelNotify", QelNotify(rng_.below(8), 1, {1, 2}));
+            }
+            case 14:
+                checkAnswer("qelRuleCtl", qelRuleCtl(below(8), below(2), flat));
+                checkAnswer("setRelatedSysInfo", setRelatedSysInfo(below(8), index_));
+                checkAnswer("QelNotify", QelNotify(below(8), 1, {1, 2}));
                 break;
-            case 22:
-                flatState();
+            case 15: {
+                // A name of the catalogue or, now and then, one that is none.
+                const std::string name =
+                        below(10) ? gActionList[below(static_cast<int>(gActionList.size()))] : "NO";
+                keep(kWrapper, QelEventAcquireWrapper("PRAXEL_" + name, "scene", "id", timeout));
                 break;
-            case 23:
-                flatHistory();
+            }
+            default: {
+                // Every scenario kind of the wrapper, with texts for the rules that take one.
+                const int sources[] = {1, 2, 3, 8, 9, 14, 15, 102, 111, 129, 130, 131, 1000, 9000};
+                const char* texts[] = {"0-80,1-90", "colocation:1,groupmigrate:95-85", "1,2;3,4",
+                                       ""};
+                if (QelNotifyWapper("stress", sources[below(14)], below(3) - 1, below(5), 0, 0,
+                                    texts[below(4)]) != 0) {
+                    finding("QelNotifyWapper answered other than 0");
+                }
                 break;
-            case 24:
-                powerMode();
-                break;
-            case 25:
-                ruleControl();
-                break;
-            case 26:
-                wrapperAcquire();
-                break;
-            case 27:
-                wrapperRelease();
-                break;
-            default:
-                wrapperNotify();
-                break;
+            }
         }
-        run_.leave();
     }
 
-    // Gives back every registration (faults are off by now, the service up) and every handle.
+    // Gives back every registration and handle (the service is up and faults are off by now).
+    // The bound only keeps a broken library from hanging here.
     void cleanUp() {
-        // With the service up and no faults, each registration goes at the first attempt; the
-        // bound only keeps a broken library from hanging here.
-        for (int attempt = 0; attempt < 1000 && !registrations_.empty(); ++attempt) {
-            unregisterOldest();
-        }
-        for (int handle : classHandles_) drelHalclient::drelResCtlRelease(handle);
-        for (int handle : flatHandles_) QelRelease(handle);
-        for (int handle : wrapperHandles_) QelReleaseWapper(handle);
-        wrapperHandles_.clear();
-        classHandles_.clear();
-        flatHandles_.clear();
+        for (int i = 0; i < 1000 && !registrations_.empty(); ++i) unregisterOldest();
+        while (!handles_.empty()) giveBack();
     }
 
 private:
-    using Resources = std::list<QelClient::Resource>;
-
-    int timeout() { return rng_.percent(50) ? 0 : 1 + rng_.below(100); }
-
-    Resources someResources() {
-        Resources resources;
-        int count = 1 + rng_.below(3);
-        for (int i = 0; i < count; ++i) {
-            resources.push_back({poolId(rng_.below(kPoolSize)), valueText(rng_)});
-        }
-        return resources;
-    }
-
-    void keep(std::deque<int>& handles, int handle, bool classApi) {
-        if (handle == -1) return;
-        handles.push_back(handle);
-        if (handles.size() <= kMaxHeldHandles) return;
-        int oldest = handles.front();
-        handles.pop_front();
-        if (classApi) {
-            run_.checkAnswer("drelResCtlRelease", drelHalclient::drelResCtlRelease(oldest));
-        } else {
-            QelRelease(oldest);
-            ++run_.operations;
-        }
-    }
-
-    void resCtl(bool withCallback) {
-        Resources resources = someResources();
+    enum Api { kClass, kFlat, kWrapper };
+    struct Registration {
         int handle;
-        if (withCallback) {
-            handle = drelHalclient::drelResCtlRequest(index_, timeout(), resources, 0, 1, 0,
-                                                      run_.newOneShot());
-        } else {
-            handle = drelHalclient::drelResCtlRequest(index_, timeout(), resources, 0, 1, 0);
+        std::shared_ptr<Callback> listener;
+        bool thermal;
+    };
+
+    int below(int bound) { return static_cast<int>(rng_() % static_cast<uint64_t>(bound)); }
+    bool coin() { return rng_() % 2 == 0; }
+    int32_t poolId() { return 0x01500000 + below(16); }
+    std::string poolPath() { return "/stress/res" + std::to_string(below(16)); }
+    std::string valueText() { return std::to_string(1 + below(999)); }
+    int ownId() { return 0x02000000 + index_ * 0x10000 + (++serial_ & 0xffff); }
+
+    // Keeps a handle the service gave; past eight, gives back the oldest.
+    void keep(Api api, int handle) {
+        checkAnswer("an acquire", handle);
+        if (handle != -1) handles_.push_back({api, handle});
+        if (handles_.size() > 8) giveBack();
+    }
+
+    void giveBack() {
+        if (handles_.empty()) return;
+        const auto [api, handle] = handles_.front();
+        handles_.pop_front();
+        if (api == kClass) {
+            checkAnswer("drelResCtlRelease", coin() ? drelHalclient::drelResCtlRelease(handle)
+                                                    : drelHalclient::drelSACtlRelease(handle));
+        } else if (api == kFlat) {
+            QelRelease(handle);
+        } else if (QelReleaseWapper(handle) != 0) {
+            finding("QelReleaseWapper answered other than 0");
         }
-        run_.checkAnswer("drelResCtlRequest", handle);
-        keep(classHandles_, handle, true);
     }
 
-    void saCtl(bool withCallback) {
-        int scene = poolId(rng_.below(kPoolSize));
-        int handle;
-        if (withCallback) {
-            handle = drelHalclient::drelSACtlRequest(index_, timeout(), scene, 0, 0, 0,
-                                                     run_.newOneShot());
-        } else {
-            handle = drelHalclient::drelSACtlRequest(index_, timeout(), scene, 0, 0, 0);
-        }
-        run_.checkAnswer("drelSACtlRequest", handle);
-        keep(classHandles_, handle, true);
+    void remember(int handle, std::shared_ptr<Callback> listener, bool thermal = false) {
+        checkAnswer("a listening registration", handle);
+        if (handle != -1) registrations_.push_back({handle, std::move(listener), thermal});
+        if (registrations_.size() > 4) unregisterOldest();
     }
 
-    void releaseClassHandle() {
-        if (classHandles_.empty()) return;
-        int handle = classHandles_.front();
-        classHandles_.pop_front();
-        run_.checkAnswer("drelSACtlRelease", drelHalclient::drelSACtlRelease(handle));
-    }
-
-    // Each registration listens to a list no other registration has: a pool resource and one of
-    // its own.
-    int uniqueId() { return 0x02000000 + index_ * 0x10000 + (++serial_ & 0xffff); }
-
-    void remember(int handle, bool thermal, std::shared_ptr<Listener> listener) {
-        if (handle == -1) return;
-        registrations_.push_back({handle, thermal, std::move(listener)});
-        if (registrations_.size() > kMaxRegistrations) unregisterOldest();
-    }
-
-    void listen() {
-        auto listener = std::make_shared<Listener>(run_.listenerReports);
-        Resources resources{{poolId(rng_.below(kPoolSize)), std::nullopt},
-                            {uniqueId(), std::nullopt}};
-        int handle = drelHalclient::drelResListeningRegister(resources, 0, listener);
-        run_.checkAnswer("drelResListeningRegister", handle);
-        remember(handle, false, listener);
-    }
-
-    void thermalListen() {
-        auto listener = std::make_shared<Listener>(run_.listenerReports);
-        int handle = drelHalclient::drelThermalListeningRegister(
-                {rng_.below(kThermalIds), rng_.below(kThermalIds)}, listener);
-        run_.checkAnswer("drelThermalListeningRegister", handle);
-        remember(handle, true, listener);
-    }
-
-    void listenByPath() {
-        auto listener = std::make_shared<Listener>(run_.listenerReports);
-        std::string own = "/stress/own" + std::to_string(uniqueId());
-        int handle;
-        if (rng_.percent(50)) {
-            handle = drelHalclient::drel_res_listening_register_by_path(
-                    {poolPath(rng_.below(kPoolSize)), own}, 0, listener);
-        } else {
-            handle = drelHalclient::drel_res_listening_register_map_by_path(
-                    {{poolPath(rng_.below(kPoolSize)), ""}, {own, ""}}, 0, listener);
-        }
-        run_.checkAnswer("drel_res_listening_register_by_path", handle);
-        remember(handle, false, listener);
-    }
-
-    // Unregisters the oldest registration. A -1 may mean that the call was never made (the
-    // connection was reset by another thread's failed call in between), which leaves the group
-    // in place, so the registration is kept to be tried again until its group is gone.
+    // A -1 may mean that the call was never made (another thread's failed call reset the
+    // connection in between), which leaves the group in place: then the registration is tried
+    // again later, until its group is gone.
     void unregisterOldest() {
         if (registrations_.empty()) return;
-        Registration registration = registrations_.front();
+        const Registration registration = registrations_.front();
         registrations_.pop_front();
         if (registration.thermal) {
-            run_.checkAnswer("drelThermalListeningUnregister",
-                             drelHalclient::drelThermalListeningUnregister(registration.handle));
+            checkAnswer("drelThermalListeningUnregister",
+                        drelHalclient::drelThermalListeningUnregister(registration.handle));
         }
-        // Only this drops the group from callback_groups (thermal ones too).
-        run_.checkAnswer("drelResListeningUnRegister",
-                         drelHalclient::drelResListeningUnRegister(registration.handle));
-        if (stillRegistered(registration.listener.get())) {
-            registrations_.push_back(registration);
-        } else {
-            orphans_.push_back(registration.listener);
-        }
-    }
-
-    static bool stillRegistered(const Listener* listener) {
+        // Only this drops the group from callback_groups (a thermal one too).
+        checkAnswer("drelResListeningUnRegister",
+                    drelHalclient::drelResListeningUnRegister(registration.handle));
         std::lock_guard<std::mutex> lock(callback_group_mutex);
         for (const DrelCallbackGroup& group : callback_groups) {
-            const DrelCallbackClient& client = *group.client;
-            if (client.clientCallback.get() == listener ||
-                client.clientCallbackByPath.get() == listener) {
-                return true;
+            if (dynamic_cast<const void*>(group.client->clientCallback.get()) ==
+                        registration.listener.get() ||
+                dynamic_cast<const void*>(group.client->clientCallbackByPath.get()) ==
+                        registration.listener.get()) {
+                registrations_.push_back(registration);
+                return;
             }
         }
-        return false;
+        // Kept alive, as a real caller would, for a report that may still be on its way.
+        orphans_.push_back(registration.listener);
     }
 
-    void thermalNotify() {
-        Resources levels{{rng_.below(kThermalIds), valueText(rng_)}};
-        run_.checkAnswer("drelThermalNotify", drelHalclient::drelThermalNotify(levels, 0));
-    }
-
-    void classState() {
-        Resources query{{poolId(rng_.below(kPoolSize)), std::nullopt},
-                        {poolId(rng_.below(kPoolSize)), std::nullopt}};
-        Resources states;
-        int result = drelHalclient::drelResStateRequest(query, 0, states);
-        run_.checkSize("drelResStateRequest", result, states.size());
-        for (const QelClient::Resource& state : states) {
-            run_.checkValue("drelResStateRequest", state.resValue.value_or("<absent>"));
-        }
-    }
-
-    void requestByPath(bool withCallback) {
-        std::vector<std::string> paths{poolPath(rng_.below(kPoolSize))};
-        std::vector<std::string> values{valueText(rng_)};
-        int handle;
-        if (withCallback) {
-            handle = drelHalclient::drel_resctl_request_with_callback_by_path(
-                    index_, timeout(), paths, values, 0, 0, 0, run_.newOneShotByPath());
-        } else {
-            handle = drelHalclient::drel_resctl_request_by_path(index_, timeout(), paths, values, 0,
-                                                                0, 0);
-        }
-        run_.checkAnswer("drel_resctl_request_by_path", handle);
-        keep(classHandles_, handle, true);
-    }
-
-    void stateByPath() {
-        std::vector<std::string> states;
-        int result = drelHalclient::drel_res_state_request_by_path(
-                {poolPath(rng_.below(kPoolSize)), poolPath(rng_.below(kPoolSize))}, {}, 0, states);
-        run_.checkSize("drel_res_state_request_by_path", result, states.size());
-        for (const std::string& state : states) {
-            run_.checkValue("drel_res_state_request_by_path", state);
-        }
-    }
-
-    void stateMapByPath() {
-        std::map<std::string, std::string> states;
-        std::string path = poolPath(rng_.below(kPoolSize));
-        int result = drelHalclient::drel_res_state_request_map_by_path({{path, ""}}, 0, states);
-        run_.checkSize("drel_res_state_request_map_by_path", result, states.size());
-        for (const auto& [statePath, value] : states) {
-            if (statePath != path) run_.findings.add("state map answered an unasked path");
-            run_.checkValue("drel_res_state_request_map_by_path", value);
-        }
-    }
-
-    void diagnostics() {
-        int result = rng_.percent(50) ? drelHalclient::drelDumpActiveResMap()
-                                      : drelHalclient::drelHistoryRequestRecordOn();
-        ++run_.operations;
-        if (result != 0 && result != -1) run_.findings.add("a dump answered neither 0 nor -1");
-    }
-
-    void properties() {
-        std::string name = "stress.p" + std::to_string(rng_.below(4));
-        if (rng_.percent(50)) {
-            run_.checkAnswer("drelPropertySet",
-                             drelHalclient::drelPropertySet(name, "v" + valueText(rng_)));
-            return;
-        }
-        char* value = drelHalclient::drelPropertyGet(name);
-        ++run_.operations;
-        std::string text(value);
-        delete[] value;
-        if (!text.empty() && (text[0] != 'v' || !isServiceValue(text.substr(1)))) {
-            run_.findings.add("drelPropertyGet gave \"" + text + "\", which nobody set");
-        }
-    }
-
-    void qelInitOnce() {
-        int result = qelInit();
-        ++run_.operations;
-        if (result != 0 && result != -1 && result != -2) {
-            run_.findings.add("qelInit returned " + std::to_string(result));
-        }
-    }
-
-    std::vector<QelClient::Resource> flatResources() {
-        std::vector<QelClient::Resource> resources;
-        for (const QelClient::Resource& resource : someResources()) resources.push_back(resource);
-        return resources;
-    }
-
-    void flatAcquire() {
-        int handle;
-        switch (rng_.below(3)) {
-            case 0:
-                handle = QelEventAcquire(rng_.below(199), "stress.pkg", "caller", timeout(),
-                                         flatResources());
-                break;
-            case 1:
-                handle = QelResAcquire(flatResources(), 0, "caller", timeout());
-                break;
-            default:
-                handle = QelPlatformResAcquire(flatResources(), 0, "caller", "stress.pkg",
-                                               timeout());
-                break;
-        }
-        run_.checkAnswer("QelEventAcquire", handle);
-        keep(flatHandles_, handle, false);
-    }
-
-    void flatRelease() {
-        if (flatHandles_.empty()) return;
-        QelRelease(flatHandles_.front());
-        flatHandles_.pop_front();
-        ++run_.operations;
-    }
-
-    void flatState() {
-        if (rng_.percent(50)) {
-            std::vector<QelClient::Resource> resources{{poolId(rng_.below(kPoolSize)), "x"},
-                                                       {poolId(rng_.below(kPoolSize)), "x"}};
-            int result = QelMutiResStateRequest(resources);
-            ++run_.operations;
-            if (result < -1 || result > 2) {
-                run_.findings.add("QelMutiResStateRequest counted " + std::to_string(result));
-            }
-            if (result == -1) ++run_.failedOperations;
-            for (const QelClient::Resource& resource : resources) {
-                // Untouched entries keep the caller's "x".
-                if (resource.resValue != "x") {
-                    run_.checkValue("QelMutiResStateRequest", resource.resValue.value_or(""));
-                }
-            }
-            return;
-        }
-        std::string value = "x";
-        QelResStateRequest(poolId(rng_.below(kPoolSize)), value);
-        ++run_.operations;
-        if (value != "x") run_.checkValue("QelResStateRequest", value);
-    }
-
-    void flatHistory() {
-        std::string history;
-        int result = QelGetHistory(history);
-        ++run_.operations;
-        if (result == -1) {
-            ++run_.failedOperations;
-            if (!history.empty()) run_.findings.add("a failed QelGetHistory wrote its output");
-        } else if (result != 0 || history.rfind("start:", 0) != 0 || history.size() < 10 ||
-                   history.substr(history.size() - 4) != ";end") {
-            run_.findings.add("QelGetHistory gave " + std::to_string(result) + " \"" + history +
-                              "\"");
-        }
-    }
-
-    void powerMode() {
-        int result = QelGetPMStatus(poolId(rng_.below(kPoolSize)));
-        ++run_.operations;
-        if (result < -1 || result > 999) {
-            run_.findings.add("QelGetPMStatus gave " + std::to_string(result));
-        }
-    }
-
-    void ruleControl() {
-        if (rng_.percent(50)) {
-            run_.checkAnswer("qelRuleCtl",
-                             qelRuleCtl(rng_.below(8), rng_.below(2), flatResources()));
-        } else {
-            run_.checkAnswer("setRelatedSysInfo", setRelatedSysInfo(rng_.below(8), index_));
-        }
-    }
-
-    // An event of the catalogue (or, now and then, a name that is none) through the wrapper.
-    void wrapperAcquire() {
-        std::string name = rng_.percent(90) && !gActionList.empty()
-                                   ? gActionList[rng_.below(static_cast<int>(gActionList.size()))]
-                                   : "NO_SUCH_ACTION";
-        int handle = QelEventAcquireWrapper("PRAXEL_" + name, "stress.scene", "caller", timeout());
-        run_.checkAnswer("QelEventAcquireWrapper", handle);
-        keep(wrapperHandles_, handle, false);
-    }
-
-    void wrapperRelease() {
-        if (wrapperHandles_.empty()) return;
-        ++run_.operations;
-        if (QelReleaseWapper(wrapperHandles_.front()) != 0) {
-            run_.findings.add("QelReleaseWapper answered other than 0");
-        }
-        wrapperHandles_.pop_front();
-    }
-
-    // A scenario report of every kind the wrapper knows, with texts for the rules that take one.
-    void wrapperNotify() {
-        static constexpr int kSources[] = {1,   2,   3,   8,   9,   14,   15,
-                                           102, 111, 129, 130, 131, 1000, 9000};
-        static const char* const kTexts[] = {"0-80,1-90", "colocation:1,groupmigrate:95-85",
-                                             "1,2;3,4", ""};
-        int src = kSources[rng_.below(static_cast<int>(std::size(kSources)))];
-        int result = QelNotifyWapper("stress", src, rng_.below(3) - 1, rng_.below(5), 0, 0,
-                                     kTexts[rng_.below(4)]);
-        ++run_.operations;
-        if (result != 0) run_.findings.add("QelNotifyWapper answered other than 0");
-    }
-
-    ChaosRun& run_;
     const int index_;
-    Rng rng_;
+    std::mt19937_64 rng_;
     int serial_ = 0;
-    std::deque<int> classHandles_;
-    std::deque<int> flatHandles_;
-    std::deque<int> wrapperHandles_;
+    std::deque<std::pair<Api, int>> handles_;
     std::deque<Registration> registrations_;
-    // Listeners of dropped registrations, kept so that a late report finds its caller alive as
-    // a real caller would keep it.
-    std::vector<std::shared_ptr<Listener>> orphans_;
+    std::vector<std::shared_ptr<Callback>> orphans_;
 };
 
 // With the callers paused, the service back and every death delivered, the first call of each
 // API must succeed without the caller doing anything first.
-void checkNextCallsSucceed(ChaosRun& run, int restart, uint64_t& checked) {
-    run.faultsOn = false;
+void checkNextCallsSucceed(int restart) {
+    faultsOn = false;
     EXPECT_EQ(0, drelHalclient::drelPropertySet("stress.restart", std::to_string(restart)))
             << "class API after restart " << restart;
     EXPECT_EQ(0, setRelatedSysInfo(99, restart)) << "flat API after restart " << restart;
-    int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "stress", "check", 0);
-    EXPECT_TRUE(handle != -1 && run.ledger.gave(handle)) << "wrapper after restart " << restart;
+    const int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "stress", "check", 0);
+    EXPECT_TRUE(handle != -1 && serviceGave(handle)) << "wrapper after restart " << restart;
     EXPECT_EQ(0, QelReleaseWapper(handle));
-    run.faultsOn = true;
-    ++checked;
+    faultsOn = true;
 }
 
-// Every group left in callback_groups, and every parked one-shot client that is not waiting for a
-// report that never came, is a registry entry that should not be there.
-void checkRegistries(ChaosRun& run) {
-    {
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
-        EXPECT_TRUE(callback_groups.empty())
-                << callback_groups.size() << " listening registrations left after unregistering";
+// No listening registration is left after its unregistration, and only one-shot clients whose
+// service never reported are parked, each once.
+void checkRegistries() {
+    std::set<const void*> unreported;
+    for (const auto& callback : oneShots) {
+        if (callback->calls == 0) unreported.insert(callback.get());
     }
-    std::set<const void*> unreported = run.unreportedOneShots();
+    std::lock_guard<std::mutex> groupLock(callback_group_mutex);
+    EXPECT_TRUE(callback_groups.empty())
+            << callback_groups.size() << " listening registrations left after unregistering";
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     std::set<const DrelCallbackClient*> seen;
     for (const auto& client : request_callbacks) {
@@ -759,14 +503,13 @@ void checkRegistries(ChaosRun& run) {
         EXPECT_FALSE(client->is_register) << "a registration in request_callbacks";
         EXPECT_TRUE(seen.insert(client.get()).second) << "a one-shot client parked twice";
         const void* caller = client->by_path
-                                     ? static_cast<const void*>(client->clientCallbackByPath.get())
-                                     : static_cast<const void*>(client->clientCallback.get());
+                                     ? dynamic_cast<const void*>(client->clientCallbackByPath.get())
+                                     : dynamic_cast<const void*>(client->clientCallback.get());
         EXPECT_EQ(1u, unreported.count(caller))
                 << "a one-shot client whose service reported is still parked";
     }
-    EXPECT_LE(request_callbacks.size(), unreported.size());
     std::printf("stress: %zu one-shot requests, %zu never reported, %zu of them parked\n",
-                run.oneShotCount(), unreported.size(), request_callbacks.size());
+                oneShots.size(), unreported.size(), request_callbacks.size());
 }
 
 TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
@@ -774,75 +517,61 @@ TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
     const int kills = static_cast<int>(envLong("QEL_STRESS_KILLS", 100));
     const int intervalMs = static_cast<int>(std::max(1L, envLong("QEL_STRESS_INTERVAL_MS", 20)));
     const uint64_t seed = static_cast<uint64_t>(envLong("QEL_STRESS_SEED", 1));
-    const long boundSeconds = envLong("QEL_STRESS_BOUND_S", 300);
     std::printf("stress: %d threads, %d kills, seed %llu\n", threads, kills,
                 static_cast<unsigned long long>(seed));
 
     hostbinder::reset();
-    ChaosRun run(seed);
-    Watchdog watchdog(std::chrono::seconds(boundSeconds), [&run] {
-        std::fprintf(stderr, "stress: %llu operations done before the hang\n",
-                     static_cast<unsigned long long>(run.operations.load()));
-    });
-    run.startService();
+    Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)), nullptr);
+    uint64_t generation = seed;
+    std::shared_ptr<FaultyDrel> service;
+    auto startService = [&] {
+        service = ::ndk::SharedRefBase::make<FaultyDrel>(++generation);
+        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+    };
+    startService();
 
     std::atomic<bool> stop{false};
     std::vector<std::unique_ptr<Caller>> callers;
-    for (int i = 0; i < threads; ++i) callers.push_back(std::make_unique<Caller>(run, i, seed));
     std::vector<std::thread> workers;
     for (int i = 0; i < threads; ++i) {
-        workers.emplace_back([&, i] {
-            while (!stop) callers[i]->step();
+        callers.push_back(std::make_unique<Caller>(seed, i));
+        workers.emplace_back([&stop, caller = callers.back().get()] {
+            while (!stop) caller->step();
         });
     }
 
-    Rng chaos(seed * 31 + 17);
-    uint64_t killed = 0;
-    uint64_t restartChecks = 0;
+    std::mt19937_64 chaos(seed * 31 + 17);
     for (int k = 1; k <= kills; ++k) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos.below(intervalMs)));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos() % intervalMs));
         // Half of the kills land in the middle of traffic; the other half in a quiet moment, so
         // that the call checked afterwards is truly the first one after the restart.
-        bool quiet = chaos.percent(50);
-        if (quiet) run.pause();
+        const bool quiet = chaos() % 2 == 0;
+        std::unique_lock<std::mutex> stopEntering(turnstile, std::defer_lock);
+        std::unique_lock<std::shared_mutex> paused(gate, std::defer_lock);
+        auto pause = [&] {
+            stopEntering.lock();
+            paused.lock();
+        };
+        if (quiet) pause();
         hostbinder::killService(kInstance);
-        ++killed;
-        if (!quiet) std::this_thread::sleep_for(std::chrono::milliseconds(chaos.below(5)));
-        run.startService();
-        if (!quiet) run.pause();
+        if (!quiet) std::this_thread::sleep_for(std::chrono::milliseconds(chaos() % 5));
+        startService();
+        if (!quiet) pause();
         hostbinder::waitIdle();
-        checkNextCallsSucceed(run, k, restartChecks);
-        run.resume();
+        checkNextCallsSucceed(k);
     }
 
-    run.faultsOn = false;
+    faultsOn = false;
     stop = true;
     for (std::thread& worker : workers) worker.join();
     for (auto& caller : callers) caller->cleanUp();
     hostbinder::waitIdle();
 
-    checkRegistries(run);
-    EXPECT_EQ(0u, run.findings.count()) << run.findings.summary();
-    EXPECT_EQ(static_cast<uint64_t>(kills), restartChecks);
-    EXPECT_GT(run.operations.load(), 0u);
-
-    std::printf(
-            "stress: %llu operations (%llu answered -1), %llu kills survived, "
-            "%llu listener reports\n",
-            static_cast<unsigned long long>(run.operations.load()),
-            static_cast<unsigned long long>(run.failedOperations.load()),
-            static_cast<unsigned long long>(killed),
-            static_cast<unsigned long long>(run.listenerReports.load()));
-    std::printf(
-            "stress: %llu service calls, %llu failures injected (%llu failed statuses, "
-            "%llu service-specific errors, %llu of them after the work was done), "
-            "%llu slow answers\n",
-            static_cast<unsigned long long>(run.faults.calls.load()),
-            static_cast<unsigned long long>(run.faults.injected()),
-            static_cast<unsigned long long>(run.faults.failedStatus.load()),
-            static_cast<unsigned long long>(run.faults.serviceSpecific.load()),
-            static_cast<unsigned long long>(run.faults.afterTheFact.load()),
-            static_cast<unsigned long long>(run.faults.slow.load()));
+    checkRegistries();
+    EXPECT_EQ(0, findings.load()) << "violations (the first 20 are reported above)";
+    EXPECT_GT(faultsInjected.load(), 0u) << "no fault was injected: the run was no chaos";
+    std::printf("stress: %d kills survived, %llu faults injected\n", kills,
+                static_cast<unsigned long long>(faultsInjected.load()));
     hostbinder::reset();
 }
 

@@ -34,14 +34,6 @@ public:
         return out;
     }
 
-    // Up to maxLength bytes, each drawn from alphabet.
-    std::string bytes(const std::string& alphabet, size_t maxLength) {
-        std::string out;
-        size_t n = below(maxLength + 1);
-        for (size_t i = 0; i < n; ++i) out += alphabet[below(alphabet.size())];
-        return out;
-    }
-
 private:
     size_t below(size_t n) { return static_cast<size_t>(engine_() % n); }
 
