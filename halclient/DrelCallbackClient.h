@@ -11,8 +11,10 @@
 #include "IClientCallback.h"
 
 // Implements IDrelCallback for one caller callback: converts each report of the service into the
-// caller's form (by id or by path) and calls the caller, on the binder thread, with no library
-// lock held. A one-shot client (is_register false) leaves request_callbacks on its first report.
+// caller's form (by id or by path) and calls the caller: on a binder thread with no library lock
+// held, or, for a report the service sends from inside a call of this process, on the thread
+// that made the call (whose holds the library's operations then reuse). A one-shot client
+// (is_register false) leaves request_callbacks on its first report.
 class DrelCallbackClient : public ::aidl::vendor::quarn::hardware::drel::BnDrelCallback {
 public:
     using DrelRequestData = ::aidl::vendor::quarn::hardware::drel::DrelRequestData;

@@ -101,8 +101,10 @@ DrelCallbackClient::~DrelCallbackClient() {
     }
     if (is_register) return ::ndk::ScopedAStatus::ok();
 
-    // A one-shot client has been answered: it leaves the registry (the caller's callback has
-    // returned, so no library lock was held while it ran).
+    // A one-shot client has been answered: it leaves the registry, after the caller's callback
+    // has returned. request_callback_mutex is never held across a binder call or caller code, so
+    // this cannot wait for this thread, even when the report came from inside the client's own
+    // request (parked before that call was made, the client is found here).
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     size_t before = request_callbacks.size();
     auto kept = std::remove_if(request_callbacks.begin(), request_callbacks.end(),

@@ -38,26 +38,125 @@ int connectLocked(std::shared_ptr<IDrel>& hal, ndk::ScopedAIBinder_DeathRecipien
     return 0;
 }
 
-void resetAfterFailure(const HalConnection& connection, const char* name) {
-    __android_log_print(ANDROID_LOG_ERROR, connection.tag, connection.failFormat, name);
+namespace {
+
+// The library locks this thread holds, innermost first.
+thread_local ThreadHold* tlHolds = nullptr;
+// Connections whose reset this thread put off while it held a lock: one slot per connection of
+// the library (the class API's and the flat API's).
+thread_local const HalConnection* tlDeferredResets[2] = {};
+
+bool holds(const void* lock) {
+    for (const ThreadHold* hold = tlHolds; hold != nullptr; hold = hold->next) {
+        if (hold->lock == lock) return true;
+    }
+    return false;
+}
+
+void pushHold(ThreadHold& hold, const void* lock) {
+    hold.lock = lock;
+    hold.next = tlHolds;
+    tlHolds = &hold;
+}
+
+void resetNow(const HalConnection& connection) {
     std::unique_lock<std::shared_timed_mutex> lock(connection.lock);
     connection.hal = nullptr;
 }
 
-GuardedCall::GuardedCall(const HalConnection& connection, const char* name)
-    : mConnection(connection), mName(name) {
-    if (connection.connect() != 0) {
-        mConnectFailed = true;
+// Unlinks `hold`; once this thread holds nothing, makes the resets it put off.
+void dropHold(ThreadHold& hold) {
+    for (ThreadHold** link = &tlHolds; *link != nullptr; link = &(*link)->next) {
+        if (*link == &hold) {
+            *link = hold.next;
+            break;
+        }
+    }
+    if (tlHolds != nullptr) return;
+    for (const HalConnection*& deferred : tlDeferredResets) {
+        const HalConnection* connection = deferred;
+        deferred = nullptr;
+        if (connection != nullptr) resetNow(*connection);
+    }
+}
+
+}  // namespace
+
+void resetAfterFailure(const HalConnection& connection, const char* name) {
+    __android_log_print(ANDROID_LOG_ERROR, connection.tag, connection.failFormat, name);
+    if (tlHolds == nullptr) {
+        resetNow(connection);
         return;
     }
-    mLock = std::shared_lock<std::shared_timed_mutex>(connection.lock);
+    // Taking the lock exclusively now would wait for this thread's own shared hold, or for a
+    // reader that waits for callback_group_mutex held here.
+    for (const HalConnection*& deferred : tlDeferredResets) {
+        if (deferred == &connection) return;
+        if (deferred == nullptr) {
+            deferred = &connection;
+            return;
+        }
+    }
+}
+
+NestableLock::NestableLock(std::mutex& mutex) : mMutex(mutex) {
+    if (holds(&mutex)) return;
+    mMutex.lock();
+    mOwns = true;
+    pushHold(mHold, &mMutex);
+}
+
+void NestableLock::unlock() {
+    if (!mOwns) return;
+    mOwns = false;
+    mMutex.unlock();
+    dropHold(mHold);
+}
+
+GuardedCall::GuardedCall(const HalConnection& connection, const char* name)
+    : mConnection(connection), mName(name) {
+    if (holds(&connection.lock)) {
+        // Called back inside a call of this connection on this thread: its shared hold keeps the
+        // proxy set until it returns.
+        mHal = connection.hal.get();
+        return;
+    }
+    if (tlHolds != nullptr) {
+        // Called back inside a call of the other API. Waiting here for this lock could wait for
+        // a writer that waits for a reader that waits for a lock this thread holds, and
+        // connecting would take the lock exclusively: only a free, connected connection is used.
+        mLock = std::shared_lock<std::shared_timed_mutex>(connection.lock, std::try_to_lock);
+        if (!mLock.owns_lock() || connection.hal == nullptr) {
+            if (mLock.owns_lock()) mLock.unlock();
+            __android_log_print(ANDROID_LOG_ERROR, connection.tag, kBusyFormat, name);
+            mConnectFailed = true;
+            return;
+        }
+    } else {
+        if (connection.connect() != 0) {
+            mConnectFailed = true;
+            return;
+        }
+        mLock = std::shared_lock<std::shared_timed_mutex>(connection.lock);
+    }
+    pushHold(mHold, &connection.lock);
     mHal = connection.hal.get();
+}
+
+GuardedCall::~GuardedCall() {
+    unlock();
+}
+
+void GuardedCall::unlock() {
+    if (!mLock.owns_lock()) return;
+    mLock.unlock();
+    dropHold(mHold);
 }
 
 void GuardedCall::release(const ndk::ScopedAStatus& status) {
     mOk = status.isOk();
     mHal = nullptr;
-    if (mLock.owns_lock()) mLock.unlock();
+    unlock();
 }
 
 bool GuardedCall::report() {

@@ -5,6 +5,22 @@
 // they run in parallel; connecting, resetting after a failed call and the death notification
 // hold it exclusively, so they wait for the calls in flight. The exclusive side is only taken
 // after the shared side has been released.
+//
+// Calls made from inside a call. A service that calls back into this process while it handles
+// one of the process's synchronous calls (a report sent from inside listeningRegister or
+// request) reaches the very thread that made the call, as binder's nested transaction does. The
+// caller's callback then runs on a thread that holds a connection lock shared, and in a
+// listening registration callback_group_mutex too. So that it may call any operation from
+// there, the library records per thread which of its locks the thread holds:
+// - a lock the thread holds already is not taken again: the inner call uses the outer hold (a
+//   second shared hold of one std::shared_timed_mutex by one thread is undefined, and deadlocks
+//   behind a waiting writer where readers queue behind writers);
+// - while it holds any library lock, a thread never waits for a connection lock it does not
+//   hold, nor connects: an operation of the other API takes that API's lock only when it is free
+//   at once and the API is connected, and otherwise fails at once (kBusyFormat);
+// - the reset after a failed call is put off until the thread holds no library lock.
+// callback_group_mutex may still be waited for while a connection lock is held: its holders wait
+// for nothing that a caller thread holds.
 #pragma once
 
 #include <aidl/vendor/quarn/hardware/drel/IDrel.h>
@@ -30,6 +46,18 @@ struct HalConnection {
     const char* failFormat;
 };
 
+// The line of an operation refused because it was called, from inside a call of the other API,
+// while its own connection was busy or not connected; %s is the operation's name.
+inline constexpr const char* kBusyFormat =
+        "%s() failed: called from a report inside a binder call of the other API while this "
+        "connection is busy or not connected";
+
+// One library lock held by this thread: a node of the thread's list of holds.
+struct ThreadHold {
+    const void* lock = nullptr;
+    ThreadHold* next = nullptr;
+};
+
 // Looks the service up and links to its death, with the connection's lock held exclusively:
 // stores the proxy in `hal` (null when the service is not declared or not found) and replaces
 // the death recipient in `recipient` (the replaced one is freed, which drops its links).
@@ -38,11 +66,32 @@ int connectLocked(std::shared_ptr<IDrel>& hal, ndk::ScopedAIBinder_DeathRecipien
                   AIBinder* (*lookup)(const char*), AIBinder_DeathRecipient_onBinderDied onDied,
                   const char* tag, const char* linkFailMessage);
 
-// Logs the failure line of `name` and clears the proxy so that the next call reconnects.
+// Logs the failure line of `name` and clears the proxy so that the next call reconnects; while
+// this thread holds a library lock the reset waits until it holds none.
 void resetAfterFailure(const HalConnection& connection, const char* name);
 
+// A mutex of the library that a caller's callback, run on this thread while the mutex is held,
+// may ask for again: the inner request uses the outer hold instead of locking twice.
+class NestableLock {
+public:
+    explicit NestableLock(std::mutex& mutex);
+    ~NestableLock() { unlock(); }
+    NestableLock(const NestableLock&) = delete;
+    NestableLock& operator=(const NestableLock&) = delete;
+
+    // Drops this hold (a no-op for an inner one); a reset put off meanwhile is made when this
+    // thread holds nothing else.
+    void unlock();
+
+private:
+    std::mutex& mMutex;
+    bool mOwns = false;
+    ThreadHold mHold;
+};
+
 // One guarded call: connects, holds the lock shared until finish(), then reports a failed
-// status by resetting the connection.
+// status by resetting the connection. Inside a call of the same connection on this thread it
+// neither connects nor locks: it uses the outer call's hold and proxy.
 //
 //   GuardedCall call(kConnection, "opName");
 //   if (!call) return -1;                       // no proxy: nothing is called
@@ -50,8 +99,12 @@ void resetAfterFailure(const HalConnection& connection, const char* name);
 class GuardedCall {
 public:
     GuardedCall(const HalConnection& connection, const char* name);
+    ~GuardedCall();
+    GuardedCall(const GuardedCall&) = delete;
+    GuardedCall& operator=(const GuardedCall&) = delete;
 
-    // The connect step failed (the flat API reports this before taking the lock).
+    // The connect step failed (the flat API reports this before taking the lock), or the call
+    // was refused with kBusyFormat.
     bool connectFailed() const { return mConnectFailed; }
     // A proxy is there to call.
     explicit operator bool() const { return mHal != nullptr; }
@@ -70,11 +123,15 @@ public:
     bool ok() const { return mOk; }
 
 private:
+    // Drops this call's own shared hold, if it has one.
+    void unlock();
+
     const HalConnection& mConnection;
     const char* mName;
     bool mConnectFailed = false;
     bool mOk = false;
     std::shared_lock<std::shared_timed_mutex> mLock;
+    ThreadHold mHold;
     IDrel* mHal = nullptr;
 };
 

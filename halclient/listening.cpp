@@ -44,7 +44,7 @@ int drelHalclient::drelResListeningUnRegister(int handle) {
     // after the mutex is released, so that a caller's callback dying with them runs unlocked.
     std::vector<DrelCallbackGroup> removed;
     {
-        std::lock_guard<std::mutex> groupsLock(callback_group_mutex);
+        qel_internal::NestableLock groupsLock(callback_group_mutex);
         // Compacts the survivors towards the front, keeping their order.
         auto kept = callback_groups.begin();
         for (auto it = callback_groups.begin(); it != callback_groups.end(); ++it) {
@@ -118,7 +118,7 @@ int drelHalclient::drelThermalListeningRegister(const std::vector<int>& subsysId
         // Thermal registrations are appended without a duplicate test, and the mutex is held
         // around the append only: other threads read and change callback_groups concurrently.
         {
-            std::lock_guard<std::mutex> groupsLock(callback_group_mutex);
+            qel_internal::NestableLock groupsLock(callback_group_mutex);
             callback_groups.emplace_back(client, subsysIds, handle);
         }
         DREL_LOGI("subsys's callback has been registered to Drel HAL");

@@ -2,9 +2,12 @@
 //
 // A caller passes one of these, held by std::shared_ptr, with a request or a listening
 // registration. The library keeps it alive for as long as the registration (or the one-shot
-// request) needs it and calls onCallback from a binder thread, with no library lock held, each
-// time the service reports. Implementations must therefore be thread-safe and may call back into
-// the library.
+// request) needs it and calls onCallback each time the service reports: on a binder thread, or,
+// for a report the service sends while it handles a call of this process (for example from
+// inside the registration or the request itself), on the thread that made that call, before the
+// call returns. Implementations must therefore be thread-safe, must not wait for another thread
+// of theirs that is calling the library, and may call back into the library: halclient.h says
+// what such a call does from inside a call in progress.
 #pragma once
 
 #include <list>

@@ -3,7 +3,7 @@
 // Lets callers name events by action names ("PRAXEL_" + an entry of gActionList) and report
 // scenarios by small integers and texts; the wrapper turns them into flat-API calls. The action
 // catalogue and the opcode tables are fixed at load time and only read afterwards, so every
-// function here is thread-safe as far as the flat API is.
+// function here is thread-safe as far as the flat API is (unless a caller changes gActionList).
 #pragma once
 
 #include <cstdint>
@@ -14,6 +14,11 @@
 #include "qel_export.h"
 
 // The 199 action names; a name's position is its command id. Duplicates are kept on purpose.
+// The library never changes it. A caller may (push_back, assignment to a name, ...), but not
+// while another thread calls QelEventAcquireWrapper: from then on the look-up answers for the
+// vector as it is now, the first position that holds the name, with one exception: a name
+// copied into a position before the one it had at load time, while that position still holds
+// it, is found at its load-time position.
 QEL_EXPORT extern std::vector<std::string> gActionList;
 
 // Opcode tables of the scenario builders. They lie back to back in this order, so an index past

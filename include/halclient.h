@@ -10,8 +10,30 @@
 // Results: a handle or the service's answer on success, -1 on every failure. Nothing is thrown.
 //
 // Thread safety: every operation may be called from any thread, including from inside a caller
-// callback (callbacks run on binder threads with no library lock held). Calls proceed in
-// parallel; connecting and resetting the connection wait for calls in flight.
+// callback. Calls proceed in parallel; connecting and resetting the connection wait for calls in
+// flight.
+//
+// Calls from inside a callback. A report the service sends from a thread of its own reaches the
+// callback on a binder thread, with no library lock held: any operation may be called from it. A
+// report the service sends while it handles a synchronous call of this process (the current value
+// from inside a listening registration, the answer of a one-shot request from inside the request,
+// any report from inside any call) runs, as binder runs a nested transaction, on the very thread
+// that made that call, while the library holds that call's locks. From inside such a report too,
+// any operation of either API may be called, and none waits for this thread:
+// - an operation of the API whose call is in progress uses that call's connection; should it
+//   fail, its failure line is logged at once and the connection is reset once the outer call
+//   has returned;
+// - a listening registration made from inside a report of a registration in progress counts that
+//   registration as made: the same id or path list is refused ("Same callback interface
+//   registered already");
+// - an operation of the other API (the flat API inside a class-API call, or the reverse) goes
+//   ahead when that API is connected and its connection is not being connected, reset or
+//   dropped at that moment; otherwise it returns its failure value at once and logs, at error
+//   priority under that API's tag, "<operation>() failed: called from a report inside a binder
+//   call of the other API while this connection is busy or not connected".
+// A service that waits, inside one of this process's calls, for a report it sends from another
+// thread gets that report on a binder thread: there, a listening registration waits until a
+// registration in progress has returned.
 #pragma once
 
 #include <aidl/vendor/quarn/hardware/drel/DrelRequestParcel.h>

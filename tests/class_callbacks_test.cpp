@@ -1,15 +1,17 @@
-// Callbacks end to end through the service: reports reach the caller on a binder thread with no
-// library lock held, one-shot clients leave request_callbacks and die with the service's last
-// reference, registrations keep the caller's callback alive until they are unregistered, and
-// many threads registering, requesting and receiving reports at once leave the registries
-// exactly as their operations should.
+// Callbacks end to end through the service: a caller's callback may call any operation of the
+// library from inside a report, also one the service sends from inside the caller's own call
+// (which binder runs on the caller's thread, holding the library's locks); one-shot clients leave
+// request_callbacks and die with the service's last reference; registrations keep the caller's
+// callback alive until they are unregistered. (Many threads at once, with the service reporting
+// from inside their calls, are the chaos stress test's.)
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
+#include <ostream>
 #include <thread>
 
+#include "qel.h"
 #include "support/class_fixture.h"
 
 namespace qel_test {
@@ -17,271 +19,215 @@ namespace {
 
 using ::testing::_;
 
-// A callback object the service kept, for reports it sends later.
-class KeptCallback {
-public:
-    void keep(const std::shared_ptr<IDrelCallback>& callback) {
-        std::lock_guard<std::mutex> lock(mMutex);
-        mCallback = callback;
-    }
-    std::shared_ptr<IDrelCallback> get() {
-        std::lock_guard<std::mutex> lock(mMutex);
-        return mCallback;
-    }
-    // The service drops its reference.
-    void drop() { keep(nullptr); }
-    void report(const std::vector<DrelRequestData>& data) {
-        std::shared_ptr<IDrelCallback> callback = get();
-        ASSERT_NE(nullptr, callback);
-        EXPECT_TRUE(callback->onCallback(data).isOk());
-    }
-
-private:
-    std::mutex mMutex;
-    std::shared_ptr<IDrelCallback> mCallback;
-};
-
 class CallbackTest : public ClassApiFixture {
 protected:
     void TearDown() override {
-        kept.drop();
+        keep(nullptr);  // the service drops the callback it kept
         ClassApiFixture::TearDown();
     }
-    // The service keeps the callback of each request and answers with `handle`.
-    void keepRequestCallbacks(int32_t handle) {
-        ON_CALL(*service, request(_, _))
-                .WillByDefault([this, handle](const DrelRequestParcel& parcel, int32_t* result) {
-                    if (parcel.callback != nullptr) kept.keep(parcel.callback);
-                    *result = handle;
-                    return ::ndk::ScopedAStatus::ok();
-                });
+    // The service keeps a callback, to report on it later from a thread of its own.
+    void keep(const std::shared_ptr<IDrelCallback>& callback) {
+        std::lock_guard<std::mutex> lock(mKeptMutex);
+        mKept = callback;
+    }
+    void report(const std::vector<DrelRequestData>& data) {
+        std::shared_ptr<IDrelCallback> kept;
+        {
+            std::lock_guard<std::mutex> lock(mKeptMutex);
+            kept = mKept;
+        }
+        ASSERT_NE(nullptr, kept);
+        std::thread([&] { EXPECT_TRUE(kept->onCallback(data).isOk()); }).join();
     }
 
-    KeptCallback kept;
     std::shared_ptr<RecordingCallback> callback = std::make_shared<RecordingCallback>();
+
+private:
+    std::mutex mKeptMutex;
+    std::shared_ptr<IDrelCallback> mKept;
 };
 
-TEST_F(CallbackTest, AOneShotReportReachesTheCallerOnABinderThreadAndTheClientDiesAfterIt) {
-    keepRequestCallbacks(5);
-    std::atomic<bool> onCallerThread{false};
-    const std::thread::id caller = std::this_thread::get_id();
-    callback->onReport = [&] { onCallerThread = std::this_thread::get_id() == caller; };
-    ResourceList list{res(0x10, "1")};
-    ASSERT_EQ(5, drelHalclient::drelResCtlRequest(1, 500, list, -1, 0, 0, callback));
-    ASSERT_EQ(1u, parkedCount());
+// How a report reaches the caller's callback, and what another thread does meanwhile: a reset
+// after its failed call, which waits for the caller's hold of the connection lock, or the
+// service's death.
+enum class Arrival { InsideRegister, InsideRequest, FromAServiceThreadLater };
+enum class Writer { Reset, Death };
 
-    kept.report({wireRes(0x10, "2"), wireRes(0x20, "")});
+struct ReentryCase {
+    const char* name;
+    Arrival arrival;
+    Writer writer;
+    bool flatConnected;  // the flat API was connected before the report
+    // The outer call's result, then those of the calls from inside the report: a request, a
+    // registration, a registration of the outer call's ids, an unregistration, a flat acquire.
+    std::vector<int> results;
+    std::vector<int> groups;  // the handles in callback_groups at the end
+};
 
-    ASSERT_EQ(1u, callback->reports().size());
-    EXPECT_EQ((ResourcePairs{{0x10, "2"}, {0x20, ""}}), asPairs(callback->reports()[0]));
-    EXPECT_FALSE(onCallerThread);
-    EXPECT_EQ(0u, parkedCount());
-    bool transactionLogged = false;
-    for (const LogLine& line : log.lines()) {
-        transactionLogged |= !line.tag && line.message.rfind(
-                                                  "BnDrelCallback::logFunc NDK BACKEND "
-                                                  "method_name onCallback ",
-                                                  0) == 0;
+void PrintTo(const ReentryCase& c, std::ostream* os) {
+    *os << c.name;
+}
+
+class ReentryTest : public CallbackTest, public ::testing::WithParamInterface<ReentryCase> {
+protected:
+    // Id 0x10 registers as 8, any other id as 9; a request with a callback answers 8, any other
+    // 3; the outer call reports from inside itself when the case says so; release and
+    // propertySet fail.
+    void serve() {
+        const Arrival arrival = GetParam().arrival;
+        ON_CALL(*service, listeningRegister(_, _, _))
+                .WillByDefault([this, arrival](const DrelRequestParcel& parcel,
+                                               const std::shared_ptr<IDrelCallback>& cb,
+                                               int32_t* handle) {
+                    bool outer = parcel.resources.at(0).resId == 0x10;
+                    if (outer && arrival == Arrival::FromAServiceThreadLater) keep(cb);
+                    if (outer && arrival == Arrival::InsideRegister) {
+                        EXPECT_TRUE(cb->onCallback({wireRes(0x10, "1")}).isOk());
+                    }
+                    *handle = outer ? 8 : 9;
+                    return ::ndk::ScopedAStatus::ok();
+                });
+        ON_CALL(*service, request(_, _))
+                .WillByDefault([arrival](const DrelRequestParcel& parcel, int32_t* result) {
+                    if (parcel.callback != nullptr && arrival == Arrival::InsideRequest) {
+                        EXPECT_TRUE(parcel.callback->onCallback({wireRes(0x10, "1")}).isOk());
+                    }
+                    *result = parcel.callback != nullptr ? 8 : 3;
+                    return ::ndk::ScopedAStatus::ok();
+                });
+        ON_CALL(*service, listeningUnregister(9, _)).WillByDefault(ReturnResult(0));
+        ON_CALL(*service, release(_, _)).WillByDefault(ReturnServiceError(1));
+        ON_CALL(*service, propertySet(_, _, _)).WillByDefault(ReturnServiceError(1));
     }
-    EXPECT_TRUE(transactionLogged) << "the stub's transaction log goes through printLog";
-    const LogLine destroyed = cbInfo("ndk backend ~DrelCallbackClient");
-    EXPECT_EQ(0, log.count(destroyed.message)) << "the service still holds the client";
+    // Returns once the writer waits for the connection lock, or the service is dead.
+    void startWriter() {
+        if (GetParam().writer == Writer::Death) {
+            std::thread([] { hostbinder::killService(kInstance); }).join();
+            return;
+        }
+        writer = std::thread([] { drelHalclient::drelResCtlRelease(77); });
+        while (log.count("drelResCtlRelease() failed: drel HAL service not available") == 0)
+            std::this_thread::yield();
+    }
 
-    kept.drop();
-    hostbinder::waitIdle();
-    EXPECT_EQ(1, log.count(destroyed.message));
-    EXPECT_TRUE(log.contains(destroyed));
-}
+    std::thread writer;
+};
 
-TEST_F(CallbackTest, APathReportReachesThePathCallbackAndUnparksItsClient) {
-    keepRequestCallbacks(6);
-    auto pathCallback = std::make_shared<RecordingPathCallback>();
-    ASSERT_EQ(6, drelHalclient::drel_resctl_request_with_callback_by_path(1, 500, {"/a"}, {"1"}, 0,
-                                                                          0, 0, pathCallback));
-    kept.report({wirePath("/a", "3")});
-
-    auto reports = pathCallback->reports();
-    ASSERT_EQ(1u, reports.size());
-    EXPECT_EQ((std::vector<std::string>{"/a"}), reports[0].paths);
-    EXPECT_EQ((std::vector<std::string>{"3"}), reports[0].values);
-    EXPECT_EQ(0u, parkedCount());
-}
-
-// The caller's callback requests and registers from inside a report; both complete.
-void callTheLibraryFromTheCallback(RecordingCallback& callback, std::atomic<int>& requested,
-                                   std::atomic<int>& registered) {
-    callback.onReport = [&] {
-        ResourceList list{res(0x30, "1")};
-        requested = drelHalclient::drelResCtlRequest(500, list, 0);
-        ResourceList listened{res(0x40, "1")};
-        registered = drelHalclient::drelResListeningRegister(listened, 0,
-                                                             std::make_shared<RecordingCallback>());
+TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
+    const ReentryCase& c = GetParam();
+    serve();
+    if (c.flatConnected) {
+        ASSERT_EQ(3, QelEventAcquire(1, "p", "i", 100, {}));
+    }
+    std::vector<int> results;
+    int failed = 0;
+    callback->onReport = [&] {
+        startWriter();
+        ResourceList list{res(0x30, "1")}, ids{res(0x40)}, outerIds{res(0x10)};
+        auto other = std::make_shared<RecordingCallback>();
+        results.push_back(drelHalclient::drelResCtlRequest(500, list, 0));
+        results.push_back(drelHalclient::drelResListeningRegister(ids, 0, other));
+        results.push_back(drelHalclient::drelResListeningRegister(outerIds, 0, other));
+        results.push_back(drelHalclient::drelResListeningUnRegister(9));
+        results.push_back(QelEventAcquire(1, "p", "i", 100, {}));
+        failed = drelHalclient::drelPropertySet("p", "v");  // its reset waits for the outer call
     };
-}
+    ResourceList listened{res(0x10, "1")};
+    results.push_back(
+            c.arrival == Arrival::InsideRequest
+                    ? drelHalclient::drelResCtlRequest(1, 500, listened, -1, 0, 0, callback)
+                    : drelHalclient::drelResListeningRegister(listened, 0, callback));
+    std::rotate(results.begin(), results.end() - 1, results.end());  // the outer result first
+    if (c.arrival == Arrival::FromAServiceThreadLater) report({wireRes(0x10, "5")});
+    if (writer.joinable()) writer.join();
 
-TEST_F(CallbackTest, ACallerCallbackMayCallTheLibraryFromAReportSentDuringAnotherRequest) {
-    EXPECT_CALL(*service, request(_, _))
-            .WillOnce([&](const DrelRequestParcel& parcel, int32_t* result) {
-                kept.keep(parcel.callback);
-                *result = 1;
-                return ::ndk::ScopedAStatus::ok();
-            })
-            .WillOnce([&](const DrelRequestParcel&, int32_t* result) {
-                // Reported while this request holds the connection lock.
-                kept.report({wireRes(0x10, "1")});
-                *result = 2;
-                return ::ndk::ScopedAStatus::ok();
-            })
-            .WillOnce(ReturnResult(3));
-    EXPECT_CALL(*service, listeningRegister(_, _, _)).WillOnce(ReturnResult3(9));
-    std::atomic<int> requested{0};
-    std::atomic<int> registered{0};
-    callTheLibraryFromTheCallback(*callback, requested, registered);
-    ResourceList list{res(0x10, "1")};
-    ASSERT_EQ(1, drelHalclient::drelResCtlRequest(1, 500, list, -1, 0, 0, callback));
-
-    ResourceList other{res(0x20, "1")};
-    EXPECT_EQ(2, drelHalclient::drelResCtlRequest(500, other, 0));
-
-    EXPECT_EQ(3, requested);
-    EXPECT_EQ(9, registered);
+    EXPECT_EQ(c.results, results);
+    EXPECT_EQ(-1, failed);
+    EXPECT_EQ(1, log.count("drelPropertySet() failed: drel HAL service not available"));
+    EXPECT_EQ(c.groups, groupHandles());
     EXPECT_EQ(1u, callback->reports().size());
-    EXPECT_EQ((std::vector<int>{9}), groupHandles());
-    EXPECT_EQ(0u, parkedCount());
-}
-
-TEST_F(CallbackTest, ACallerCallbackMayCallTheLibraryFromAReportSentByTheServiceItself) {
-    EXPECT_CALL(*service, listeningRegister(_, _, _))
-            .WillOnce([&](const DrelRequestParcel&, const std::shared_ptr<IDrelCallback>& cb,
-                          int32_t* handle) {
-                kept.keep(cb);
-                *handle = 8;
-                return ::ndk::ScopedAStatus::ok();
-            })
-            .WillOnce(ReturnResult3(9));
-    EXPECT_CALL(*service, request(_, _)).WillOnce(ReturnResult(3));
-    std::atomic<int> requested{0};
-    std::atomic<int> registered{0};
-    callTheLibraryFromTheCallback(*callback, requested, registered);
-    ResourceList listened{res(0x10, "1")};
-    ASSERT_EQ(8, drelHalclient::drelResListeningRegister(listened, 0, callback));
-
-    std::thread serviceThread([&] { kept.report({wireRes(0x10, "5")}); });
-    serviceThread.join();
-
-    EXPECT_EQ(3, requested);
-    EXPECT_EQ(9, registered);
-    EXPECT_EQ((std::vector<int>{8, 9}), groupHandles());
-}
-
-TEST_F(CallbackTest, ARegistrationKeepsTheCallerCallbackAliveUntilItIsUnregistered) {
-    EXPECT_CALL(*service, listeningRegister(_, _, _))
-            .WillOnce([&](const DrelRequestParcel&, const std::shared_ptr<IDrelCallback>& cb,
-                          int32_t* handle) {
-                kept.keep(cb);
-                *handle = 4;
-                return ::ndk::ScopedAStatus::ok();
-            });
-    EXPECT_CALL(*service, listeningUnregister(4, _)).WillOnce(ReturnResult(0));
-    std::weak_ptr<RecordingCallback> weak = callback;
-    ResourceList listened{res(0x10, "1")};
-    ASSERT_EQ(4, drelHalclient::drelResListeningRegister(listened, 0, callback));
-    callback.reset();
-
-    kept.report({wireRes(0x10, "1")});
-    kept.report({wireRes(0x10, "2")});
+    EXPECT_EQ(0u, parkedCount()) << "a one-shot client answered inside its request is not lost";
+    EXPECT_EQ(0, log.count("callback not found in request_callbacks"));
+    // After a death the flat call fails dead or finds its proxy cleared, as its own death
+    // notification has run or not.
+    if (c.writer == Writer::Reset) {
+        EXPECT_EQ(!c.flatConnected && c.arrival != Arrival::FromAServiceThreadLater,
+                  log.contains({ANDROID_LOG_ERROR, std::string("[QEL_CLIENT]"),
+                                "QelEventAcquire() failed: called from a report inside a binder "
+                                "call of the other API while this connection is busy or not "
+                                "connected"}));
+    }
     hostbinder::waitIdle();
-    std::shared_ptr<RecordingCallback> alive = weak.lock();
-    ASSERT_NE(nullptr, alive) << "the registration keeps the caller's callback";
-    EXPECT_EQ(2u, alive->reports().size());
-    alive.reset();
-    EXPECT_EQ((std::vector<int>{4}), groupHandles()) << "reports do not end a registration";
-
-    EXPECT_EQ(0, drelHalclient::drelResListeningUnRegister(4));
-    kept.drop();
-    hostbinder::waitIdle();
-    EXPECT_TRUE(weak.expired());
-    EXPECT_TRUE(groupHandles().empty());
-    EXPECT_TRUE(log.contains(cbInfo("ndk backend ~DrelCallbackClient")));
+    if (c.writer == Writer::Death) {
+        startService();
+        serve();
+    }
+    ResourceList list{res(0x30, "1")};
+    EXPECT_EQ(3, drelHalclient::drelResCtlRequest(500, list, 0)) << "the next call reconnects";
 }
 
-TEST_F(CallbackTest, ManyThreadsRegisteringRequestingAndReceivingLeaveExactlyWhatTheyShould) {
-    constexpr int kThreads = 8;
-    constexpr int kRounds = 20;
-    std::atomic<int32_t> nextHandle{100};
-    // The service reports on each registration and on each request whose id is not a multiple
-    // of 5, while the caller's call is in progress.
+// clang-format off
+INSTANTIATE_TEST_SUITE_P(NestedOrNot, ReentryTest, ::testing::Values(
+        ReentryCase{"ReportInsideRegisterWhileAResetWaits", Arrival::InsideRegister, Writer::Reset,
+                    true, {8, 3, 9, -1, 0, 3}, {8}},
+        ReentryCase{"AnswerInsideRequestWhileAResetWaits", Arrival::InsideRequest, Writer::Reset,
+                    true, {8, 3, 9, 8, 0, 3}, {8}},
+        ReentryCase{"ReportInsideRegisterWhileTheServiceDies", Arrival::InsideRegister,
+                    Writer::Death, true, {-1, -1, -1, -1, -1, -1}, {}},
+        ReentryCase{"AnswerInsideRequestWhileTheServiceDies", Arrival::InsideRequest,
+                    Writer::Death, true, {-1, -1, -1, -1, -1, -1}, {}},
+        ReentryCase{"ReportInsideRegisterWithTheFlatApiNotConnected", Arrival::InsideRegister,
+                    Writer::Reset, false, {8, 3, 9, -1, 0, -1}, {8}},
+        ReentryCase{"ReportFromAServiceThreadAfterTheCall", Arrival::FromAServiceThreadLater,
+                    Writer::Reset, false, {8, 3, 9, -1, 0, 3}, {8}}),
+        [](const ::testing::TestParamInfo<ReentryCase>& info) { return info.param.name; });
+// clang-format on
+
+TEST_F(CallbackTest, ClientsLiveWhileTheirRegistryOrTheServiceHoldsThem) {
+    ON_CALL(*service, request(_, _)).WillByDefault([&](const DrelRequestParcel& p, int32_t* r) {
+        keep(p.callback);
+        *r = 5;
+        return ::ndk::ScopedAStatus::ok();
+    });
     ON_CALL(*service, listeningRegister(_, _, _))
             .WillByDefault([&](const DrelRequestParcel&, const std::shared_ptr<IDrelCallback>& cb,
                                int32_t* handle) {
-                cb->onCallback({wireRes(1, "registered")});
-                *handle = nextHandle++;
+                keep(cb);
+                *handle = 4;
                 return ::ndk::ScopedAStatus::ok();
             });
-    ON_CALL(*service, request(_, _))
-            .WillByDefault([&](const DrelRequestParcel& parcel, int32_t* result) {
-                if (parcel.reqId % 5 != 0) parcel.callback->onCallback({wireRes(2, "done")});
-                *result = nextHandle++;
-                return ::ndk::ScopedAStatus::ok();
-            });
-    ON_CALL(*service, thermalListeningRegister(_, _, _))
-            .WillByDefault([&](const std::vector<int32_t>&, const std::shared_ptr<IDrelCallback>&,
-                               int32_t* handle) {
-                *handle = nextHandle++;
-                return ::ndk::ScopedAStatus::ok();
-            });
-    ON_CALL(*service, listeningUnregister(_, _)).WillByDefault(ReturnResult(0));
-    ON_CALL(*service, thermalListeningUnregister(_, _)).WillByDefault(ReturnResult(0));
+    ON_CALL(*service, listeningUnregister(4, _)).WillByDefault(ReturnResult(0));
+    const std::string destroyed = "ndk backend ~DrelCallbackClient";
+    ResourceList list{res(0x10, "1")};
+    ASSERT_EQ(5, drelHalclient::drelResCtlRequest(1, 500, list, -1, 0, 0, callback));
+    report({wireRes(0x10, "2"), wireRes(0x20, "")});
+    EXPECT_EQ((ResourcePairs{{0x10, "2"}, {0x20, ""}}), asPairs(callback->reports().at(0)));
+    EXPECT_EQ(0u, parkedCount());
+    const std::vector<LogLine> lines = log.lines();
+    EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const LogLine& line) {
+        return !line.tag && line.message.rfind(
+                                    "BnDrelCallback::logFunc NDK BACKEND "
+                                    "method_name onCallback ",
+                                    0) == 0;
+    })) << "the stub's transaction log goes through printLog";
+    EXPECT_EQ(0, log.count(destroyed)) << "the service still holds the one-shot client";
 
-    std::vector<std::shared_ptr<RecordingCallback>> callbacks;
-    for (int t = 0; t < kThreads; ++t) callbacks.push_back(std::make_shared<RecordingCallback>());
-    std::vector<std::vector<int>> keptHandles(kThreads);
-    std::atomic<int> ready{0};
-    std::vector<std::thread> threads;
-    for (int t = 0; t < kThreads; ++t) {
-        threads.emplace_back([&, t] {
-            ++ready;
-            while (ready < kThreads) std::this_thread::yield();
-            for (int r = 0; r < kRounds; ++r) {
-                int reqId = t * 1000 + r;
-                ResourceList listened{res(reqId + 1, "1")};
-                int handle = drelHalclient::drelResListeningRegister(listened, 0, callbacks[t]);
-                ResourceList none;
-                drelHalclient::drelResCtlRequest(reqId, 100, none, -1, 0, 0, callbacks[t]);
-                if (r % 2 == 0) {
-                    drelHalclient::drelResListeningUnRegister(handle);
-                } else {
-                    keptHandles[t].push_back(handle);
-                }
-                if (r % 4 == 1) {
-                    // Thermal groups stay after their unregister. Their id lists are compared
-                    // by id registrations too, so they must differ from every listened list.
-                    int thermal =
-                            drelHalclient::drelThermalListeningRegister({100000 + t}, callbacks[t]);
-                    drelHalclient::drelThermalListeningUnregister(thermal);
-                    keptHandles[t].push_back(thermal);
-                }
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
+    std::weak_ptr<RecordingCallback> weak = callback;
+    ASSERT_EQ(4, drelHalclient::drelResListeningRegister(list, 0, callback));
     hostbinder::waitIdle();
-
-    std::vector<int> expected;
-    for (const auto& handles : keptHandles)
-        expected.insert(expected.end(), handles.begin(), handles.end());
-    std::vector<int> actual = groupHandles();
-    std::sort(expected.begin(), expected.end());
-    std::sort(actual.begin(), actual.end());
-    EXPECT_EQ(static_cast<size_t>(kThreads * (kRounds / 2 + kRounds / 4)), actual.size());
-    EXPECT_EQ(expected, actual);
-    // Requests with an id that is a multiple of 5 were never reported: their clients stay.
-    EXPECT_EQ(static_cast<size_t>(kThreads * (kRounds / 5)), parkedCount());
-    for (const auto& cb : callbacks) {
-        EXPECT_EQ(static_cast<size_t>(kRounds + kRounds - kRounds / 5), cb->reports().size());
-    }
-    EXPECT_EQ(0, log.count("callback not found in request_callbacks"));
-    EXPECT_EQ(0, log.count("Same callback interface registered already"));
+    EXPECT_TRUE(log.contains(cbInfo(destroyed))) << "the one-shot client dies with the service's "
+                                                    "reference";
+    callback.reset();
+    report({wireRes(0x10, "3")});
+    report({wireRes(0x10, "4")});
+    ASSERT_NE(nullptr, weak.lock()) << "the registration keeps the caller's callback";
+    EXPECT_EQ(3u, weak.lock()->reports().size());
+    EXPECT_EQ((std::vector<int>{4}), groupHandles()) << "reports do not end a registration";
+    EXPECT_EQ(0, drelHalclient::drelResListeningUnRegister(4));
+    keep(nullptr);
+    hostbinder::waitIdle();
+    EXPECT_TRUE(weak.expired());
+    EXPECT_EQ(2, log.count(destroyed));
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
-// The action look-up: a sorted array of the catalogue's names, searched by binary search.
+// The action look-up: a sorted array of copies of the catalogue's names, searched by binary
+// search, each answer checked against the catalogue as it is now.
 
 #include "wrapper/action_index.h"
 
@@ -13,10 +14,18 @@ constexpr std::string_view kEventPrefix = "PRAXEL_";
 
 }  // namespace
 
-ActionIndex::ActionIndex(const std::vector<std::string>& names) {
+ActionIndex::ActionIndex(const std::vector<std::string>& names) : mNames(names) {
+    size_t bytes = 0;
+    for (const std::string& name : names) bytes += name.size();
+    // Filled whole before any view is taken, so that the views never move.
+    mCopy.reserve(bytes);
+    for (const std::string& name : names) mCopy += name;
     mEntries.reserve(names.size());
+    size_t offset = 0;
     for (size_t i = 0; i < names.size(); ++i) {
-        mEntries.emplace_back(names[i], static_cast<int>(i));
+        mEntries.emplace_back(std::string_view(mCopy).substr(offset, names[i].size()),
+                              static_cast<int>(i));
+        offset += names[i].size();
     }
     // Sorted by name, then position, so that of equal names the first position comes first and
     // is the one kept: a duplicated name resolves to its first position, as a walk from
@@ -30,8 +39,22 @@ int ActionIndex::positionOf(std::string_view name) const {
     auto entry = std::lower_bound(mEntries.begin(), mEntries.end(), name,
                                   [](const std::pair<std::string_view, int>& e,
                                      std::string_view n) { return e.first < n; });
-    if (entry == mEntries.end() || entry->first != name) return -1;
-    return entry->second;
+    if (entry != mEntries.end() && entry->first == name) {
+        // The fast path, for the catalogue as the library loaded it: the slot still holds it.
+        size_t position = static_cast<size_t>(entry->second);
+        if (position < mNames.size() && std::string_view(mNames[position]) == name) {
+            return entry->second;
+        }
+    }
+    // A name the index does not know, or whose slot the caller changed: the vector decides.
+    return walk(name);
+}
+
+int ActionIndex::walk(std::string_view name) const {
+    for (size_t i = 0; i < mNames.size(); ++i) {
+        if (std::string_view(mNames[i]) == name) return static_cast<int>(i);
+    }
+    return -1;
 }
 
 int ActionIndex::commandIdOf(std::string_view eventId) const {

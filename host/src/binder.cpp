@@ -103,6 +103,25 @@ Runtime& rt() {
 
 thread_local std::shared_ptr<Process> tlProcess;
 
+// The processes out of which this thread is in a synchronous call that has not returned yet,
+// innermost last. A service call into one of them comes back to this thread, as binder sends a
+// call from a thread handling a transaction to the thread that sent it (a nested transaction).
+thread_local std::vector<const Process*> tlCallsOutOf;
+
+// Records, for the length of one synchronous call, that this thread waits in it.
+class CallOutOf {
+public:
+    explicit CallOutOf(const Process* caller) { tlCallsOutOf.push_back(caller); }
+    ~CallOutOf() { tlCallsOutOf.pop_back(); }
+    CallOutOf(const CallOutOf&) = delete;
+    CallOutOf& operator=(const CallOutOf&) = delete;
+
+    // This thread waits in a call out of `process`.
+    static bool waitsIn(const Process* process) {
+        return std::find(tlCallsOutOf.begin(), tlCallsOutOf.end(), process) != tlCallsOutOf.end();
+    }
+};
+
 std::shared_ptr<Process> currentProcessShared() {
     return tlProcess ? tlProcess : rt().main;
 }
@@ -140,8 +159,12 @@ AIBinder* resolveFor(ABBinder* local, const std::shared_ptr<Process>& reader) {
 void killProcess(const std::shared_ptr<Process>& proc) {
     Runtime& r = rt();
     std::vector<ABpBinder*> affected;
-    std::vector<std::pair<AIBinder_DeathRecipient_onBinderDied, void*>> deaths;
-    std::vector<std::shared_ptr<Process>> deliverTo;
+    // The obituaries of one dead proxy: its links in link order, for its owner process.
+    struct Obituaries {
+        std::shared_ptr<Process> owner;
+        std::vector<std::pair<AIBinder_DeathRecipient_onBinderDied, void*>> deaths;
+    };
+    std::vector<Obituaries> obituaries;
     {
         std::lock_guard<std::mutex> l(r.mutex);
         proc->dead = true;
@@ -150,20 +173,25 @@ void killProcess(const std::shared_ptr<Process>& proc) {
             if (!targetDied && proxy->owner != proc) continue;
             if (!proxy->tryIncStrong()) continue;
             affected.push_back(proxy);
-            if (!targetDied) continue;
+            if (!targetDied || proxy->links.empty()) continue;
+            Obituaries dead{proxy->owner, {}};
             for (const DeathLink& link : proxy->links) {
                 link.recipient->forgetOneLink(proxy);
-                deaths.emplace_back(link.recipient->onDied, link.cookie);
-                deliverTo.push_back(proxy->owner);
+                dead.deaths.emplace_back(link.recipient->onDied, link.cookie);
             }
             proxy->links.clear();
+            obituaries.push_back(std::move(dead));
         }
     }
     for (ABpBinder* proxy : affected) proxy->die();
-    for (size_t i = 0; i < deaths.size(); ++i) {
-        auto death = deaths[i];
-        auto owner = deliverTo[i];
-        r.pool.post([death, owner] { runAsShared(owner, [&] { death.first(death.second); }); });
+    // As libbinder sends them: one job per dead proxy, whose recipients are called one after
+    // another in link order on that one binder thread.
+    for (Obituaries& dead : obituaries) {
+        r.pool.post([dead = std::move(dead)] {
+            runAsShared(dead.owner, [&] {
+                for (const auto& [onDied, cookie] : dead.deaths) onDied(cookie);
+            });
+        });
     }
     for (ABpBinder* proxy : affected) proxy->decStrong();
 }
@@ -450,8 +478,13 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
     auto call = [&] {
         status = target->clazz.load()->onTransact(target, code, request.get(), reply.get());
     };
-    if (home == rt().main) {
-        // A call into this process: a binder thread serves it while the caller waits.
+    // A call into a process out of which this thread is in a synchronous call (a service calling
+    // back while it handles that call) runs on this thread, as binder's nested transaction does.
+    // Any other call into the main process runs on a binder thread while the caller waits. Calls
+    // into a service run on the calling thread, which stands in for the service's binder thread.
+    const bool nested = hostbinder::CallOutOf::waitsIn(home.get());
+    hostbinder::CallOutOf waiting(hostbinder::currentProcessShared().get());
+    if (home == rt().main && !nested) {
         std::mutex m;
         std::condition_variable cv;
         bool done = false;

@@ -6,9 +6,13 @@
 // is owned by the process that received it and points to a local binder of another process.
 //
 // Transactions into a service process run on the calling thread, which stands in for the
-// service's binder thread for the length of the call (its current process is switched). Calls
-// into the main process (callbacks from a service) and death notifications run on binder
-// threads of a pool that grows on demand, so they never run on the thread that made the request.
+// service's binder thread for the length of the call (its current process is switched). A call
+// into a process out of which the calling thread is itself in a synchronous call (a service
+// calling back into the client while it handles the client's call) runs on that same thread, as
+// binder's nested transaction does. Any other call into the main process (a service reporting
+// from a thread of its own) and death notifications run on binder threads of a pool that grows
+// on demand. The death notifications of one dead proxy are one job: its recipients are called
+// in link order, one after another, on one binder thread.
 #pragma once
 
 #include <android/binder_ibinder.h>

@@ -5,7 +5,12 @@
 //   the service's own object; transactions copy their arguments through a parcel.
 // - Killing a service's process (hostbinder::killService) marks its proxies dead: transactions
 //   fail with STATUS_DEAD_OBJECT and each linked death recipient is called once, with its cookie,
-//   on a binder thread.
+//   on a binder thread; the recipients of one proxy in link order, one after another, on one
+//   thread.
+// - AIBinder_transact on a proxy is synchronous. A transaction into a service runs on the calling
+//   thread; one that a service makes into a process while it handles that process's own call
+//   runs on the thread that made that call (a nested transaction); any other transaction into the
+//   client process runs on a binder thread while the sender waits.
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
 // - Reference counts: AIBinder_new, the service manager's look-ups and Weak_promote return +1.

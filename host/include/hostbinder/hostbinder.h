@@ -3,6 +3,13 @@
 // The NDK has no calls for these; tests use them, and nothing else beyond the NDK's own names,
 // to drive service processes, wait for binder threads and read trace markers. Every call is
 // thread-safe.
+//
+// Threads, as binder has them: a call into a service runs on the calling thread (standing in for
+// the service's binder thread). A call the service makes into a client's binder object while it
+// handles that client's synchronous call runs on the very thread that made the call (a nested
+// transaction), so it sees whatever that thread holds; any other call into the client (from a
+// thread the service started itself) runs on a binder thread of the host runtime while the
+// service waits.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +23,8 @@ void declareService(const char* instance);
 
 // The service's process dies: it leaves the service manager, its proxies turn dead (calls fail
 // with STATUS_DEAD_OBJECT) and every linked death recipient is called once, with its cookie, on a
-// binder thread. The name stays declared.
+// binder thread: those of one proxy one after another, in the order they were linked, on one
+// thread. The name stays declared.
 void killService(const char* instance);
 
 // Every running service dies (deaths delivered), then no services, no declarations, counters
