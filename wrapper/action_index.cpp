@@ -12,6 +12,13 @@ namespace {
 // Event ids are "PRAXEL_" followed by an action name.
 constexpr std::string_view kEventPrefix = "PRAXEL_";
 
+// The order of the index: by length, then by bytes. Most steps of a search are decided by the
+// lengths alone, without comparing bytes.
+bool shorterOrBefore(std::string_view a, std::string_view b) {
+    if (a.size() != b.size()) return a.size() < b.size();
+    return a < b;
+}
+
 }  // namespace
 
 ActionIndex::ActionIndex(const std::vector<std::string>& names) : mNames(names) {
@@ -30,7 +37,10 @@ ActionIndex::ActionIndex(const std::vector<std::string>& names) : mNames(names) 
     // Sorted by name, then position, so that of equal names the first position comes first and
     // is the one kept: a duplicated name resolves to its first position, as a walk from
     // position 0 finds it.
-    std::sort(mEntries.begin(), mEntries.end());
+    std::sort(mEntries.begin(), mEntries.end(), [](const auto& a, const auto& b) {
+        if (a.first != b.first) return shorterOrBefore(a.first, b.first);
+        return a.second < b.second;
+    });
     auto sameName = [](const auto& a, const auto& b) { return a.first == b.first; };
     mEntries.erase(std::unique(mEntries.begin(), mEntries.end(), sameName), mEntries.end());
 }
@@ -38,7 +48,7 @@ ActionIndex::ActionIndex(const std::vector<std::string>& names) : mNames(names) 
 int ActionIndex::positionOf(std::string_view name) const {
     auto entry = std::lower_bound(mEntries.begin(), mEntries.end(), name,
                                   [](const std::pair<std::string_view, int>& e,
-                                     std::string_view n) { return e.first < n; });
+                                     std::string_view n) { return shorterOrBefore(e.first, n); });
     if (entry != mEntries.end() && entry->first == name) {
         // The fast path, for the catalogue as the library loaded it: the slot still holds it.
         size_t position = static_cast<size_t>(entry->second);
