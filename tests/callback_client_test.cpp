@@ -1,6 +1,7 @@
 // DrelCallbackClient: conversion of the service's reports into the caller's form, its log lines,
-// and the bookkeeping of one-shot clients in request_callbacks. The client's onCallback is called
-// directly here; the end-to-end path through the service is in class_callbacks_test.cpp.
+// the bookkeeping of one-shot clients in request_callbacks, and the stub's transaction log. The
+// client's onCallback is called directly here; the end-to-end path through the service is in
+// class_callbacks_test.cpp.
 
 #include <gtest/gtest.h>
 
@@ -20,6 +21,8 @@ void park(const std::shared_ptr<DrelCallbackClient>& client) {
     request_callbacks.push_back(client);
 }
 
+const LogLine kFound = cbInfo("callback is found in request_callbacks");
+
 LogLine sizes(int before, int after) {
     return cbInfo(
             "DrelCallback::onCallback request callback called , remove from request_callbacks , "
@@ -27,11 +30,9 @@ LogLine sizes(int before, int after) {
             std::to_string(before) + " after " + std::to_string(after));
 }
 
-DrelRequestData wireId(int32_t id, std::optional<std::string> value) {
-    DrelRequestData d;
-    d.resId = id;
-    d.resValue = std::move(value);
-    return d;
+LogLine called(int isRegister) {
+    return cbInfo("DrelCallback::onCallback call IClientCallback onCallback is_register " +
+                  std::to_string(isRegister));
 }
 
 class CallbackClientTest : public ClassApiFixture {
@@ -41,17 +42,16 @@ protected:
 
 TEST_F(CallbackClientTest, IdFormDeliversEveryRecordAndLogsEachWithOrWithoutItsValue) {
     auto client = ::ndk::SharedRefBase::make<DrelCallbackClient>(callback, true, false);
-    ASSERT_TRUE(client->onCallback({wireId(0x1011040, "1"), wireId(0x2, std::nullopt)}).isOk());
+    ASSERT_TRUE(client->onCallback({wireRes(0x1011040, "1"), wireRes(0x2, std::nullopt)}).isOk());
 
     ASSERT_EQ(1u, callback->reports().size());
     EXPECT_EQ((ResourcePairs{{0x1011040, "1"}, {0x2, ""}}), asPairs(callback->reports()[0]));
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{
-                      cbInfo("DrelCallbackClient::onCallback res_Id 0x1011040 res_Value 1 "
-                             "is_register 1"),
-                      cbInfo("DrelCallbackClient::onCallback res_Id 0x2 is_register 1"),
-                      cbInfo("DrelCallback::onCallback call IClientCallback onCallback "
-                             "is_register 1")}));
+    EXPECT_EQ(
+            log.lines(),
+            (std::vector<LogLine>{
+                    cbInfo("DrelCallbackClient::onCallback res_Id 0x1011040 res_Value 1 "
+                           "is_register 1"),
+                    cbInfo("DrelCallbackClient::onCallback res_Id 0x2 is_register 1"), called(1)}));
 }
 
 TEST_F(CallbackClientTest, PathFormDeliversAnEmptyStringForAMissingPathOrValue) {
@@ -69,67 +69,30 @@ TEST_F(CallbackClientTest, PathFormDeliversAnEmptyStringForAMissingPathOrValue) 
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
                       cbInfo("DrelCallbackClient::onCallback res_Id /a res_Value 1 is_register 1"),
-                      cbInfo("DrelCallback::onCallback call IClientCallback onCallback "
-                             "is_register 1")}));
+                      called(1)}));
 }
 
-TEST_F(CallbackClientTest, AnEmptyReportUnparksAOneShotClientAndCallsNothing) {
-    auto client = oneShot(callback);
-    park(client);
-    ASSERT_TRUE(client->onCallback({}).isOk());
-
-    EXPECT_TRUE(callback->reports().empty());
-    EXPECT_EQ(0u, parkedCount());
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{cbInfo("callback is found in request_callbacks"),
-                                                 sizes(1, 0)}));
-}
-
-TEST_F(CallbackClientTest, AOneShotClientReportedTwiceIsNotFoundTheSecondTime) {
-    auto client = oneShot(callback);
-    auto other = oneShot(callback);
-    park(client);
-    park(other);
-    client->onCallback({wireId(0x5, "1")});
-    log.clear();
-    client->onCallback({wireId(0x5, "2")});
-
-    EXPECT_EQ(2u, callback->reports().size()) << "the caller hears every report it is given";
-    EXPECT_EQ(parked(), (std::vector<std::shared_ptr<DrelCallbackClient>>{other}));
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{
-                      cbInfo("DrelCallbackClient::onCallback res_Id 0x5 res_Value 2 is_register 0"),
-                      cbInfo("DrelCallback::onCallback call IClientCallback onCallback "
-                             "is_register 0"),
-                      cbError("callback not found in request_callbacks"), sizes(1, 1)}));
-}
-
-TEST_F(CallbackClientTest, EveryParkedEntryOfTheClientGoesAndTheOthersKeepTheirOrder) {
+TEST_F(CallbackClientTest, AOneShotClientLeavesEveryParkedEntryOnItsFirstReportOnly) {
     auto client = oneShot(callback);
     auto x = oneShot(callback);
     auto y = oneShot(callback);
     for (const auto& c : {client, x, client, y}) park(c);
-    client->onCallback({});
+    ASSERT_TRUE(client->onCallback({}).isOk());
 
+    EXPECT_TRUE(callback->reports().empty()) << "an empty report calls nothing";
     EXPECT_EQ(parked(), (std::vector<std::shared_ptr<DrelCallbackClient>>{x, y}));
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{cbInfo("callback is found in request_callbacks"),
-                                                 cbInfo("callback is found in request_callbacks"),
-                                                 sizes(4, 2)}));
-}
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{kFound, kFound, sizes(4, 2)}));
 
-TEST_F(CallbackClientTest, ARegistrationClientNeverTouchesRequestCallbacks) {
-    auto registration = ::ndk::SharedRefBase::make<DrelCallbackClient>(callback, true, false);
-    auto pathRegistration = ::ndk::SharedRefBase::make<DrelCallbackClient>(
-            std::make_shared<RecordingPathCallback>(), true, true);
-    park(registration);
-    park(pathRegistration);
-    registration->onCallback({wireId(0x5, "1")});
-    registration->onCallback({});
-    pathRegistration->onCallback({wirePath("/a", "1")});
-
-    EXPECT_EQ(2u, parkedCount());
-    for (const LogLine& line : log.lines()) {
-        EXPECT_EQ(std::string::npos, line.message.find("request_callbacks")) << line;
-    }
+    log.clear();
+    client->onCallback({wireRes(0x5, "2")});
+    EXPECT_EQ(1u, callback->reports().size()) << "the caller hears every report it is given";
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{
+                      cbInfo("DrelCallbackClient::onCallback res_Id 0x5 res_Value 2 is_register 0"),
+                      called(0),
+                      {ANDROID_LOG_ERROR, std::string("DrelFramework-lib-vendor"),
+                       "callback not found in request_callbacks"},
+                      sizes(2, 2)}));
 }
 
 TEST_F(CallbackClientTest, AMissingCallerCallbackIsSkippedSilently) {
@@ -137,14 +100,12 @@ TEST_F(CallbackClientTest, AMissingCallerCallbackIsSkippedSilently) {
     auto pathClient = ::ndk::SharedRefBase::make<DrelCallbackClient>(
             std::shared_ptr<IClientCallbackByPath>(), true, true);
     park(client);
-    client->onCallback({wireId(0x5, std::nullopt)});
+    client->onCallback({wireRes(0x5, std::nullopt)});
     pathClient->onCallback({wirePath("/a", "1")});
 
     EXPECT_EQ(0u, parkedCount());
-    EXPECT_EQ(0,
-              log.count("DrelCallback::onCallback call IClientCallback onCallback is_register 0"));
-    EXPECT_EQ(0,
-              log.count("DrelCallback::onCallback call IClientCallback onCallback is_register 1"));
+    EXPECT_FALSE(log.contains(called(0)));
+    EXPECT_FALSE(log.contains(called(1)));
 }
 
 TEST_F(CallbackClientTest, DestructionLogsUnderTheCallbackTagAndReleasesTheCallerCallback) {
@@ -158,7 +119,7 @@ TEST_F(CallbackClientTest, DestructionLogsUnderTheCallbackTagAndReleasesTheCalle
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{cbInfo("ndk backend ~DrelCallbackClient")}));
 }
 
-TEST_F(CallbackClientTest, EveryNewClientPutsPrintLogBackIntoTheStubHook) {
+TEST_F(CallbackClientTest, EveryNewClientPutsTheUntaggedTransactionLogIntoTheStubHook) {
     int foreignCalls = 0;
     BnDrelCallback::logFunc = [&](const BnDrelCallback::TransactionLog&) { ++foreignCalls; };
     auto client = oneShot(callback);

@@ -1,5 +1,6 @@
 // The class API's connection: lazy connect, one connect under contention, reconnect after a
-// death or a failed call, waiting for a declared service, and the not-declared path.
+// death, waiting for a declared service, the not-declared path, and the failure line and reset
+// of every operation.
 
 #include <android/binder_manager.h>
 #include <gtest/gtest.h>
@@ -7,42 +8,28 @@
 
 #include <atomic>
 #include <future>
+#include <map>
+#include <memory>
 #include <thread>
 
-#include "halclient.h"
-#include "halclient/halclient_internal.h"
-#include "support/service_fixture.h"
+#include "support/class_fixture.h"
 
 namespace qel_test {
 namespace {
 
 using ::testing::_;
-using ::testing::Return;
 
-const LogLine kDied{ANDROID_LOG_ERROR, std::string("DRELFramework-lib-vendor"),
-                    "Drel HAL Service died"};
+class ClassConnectionTest : public ClassApiFixture {};
 
-class ClassConnectionTest : public ServiceFixture {};
-
-TEST_F(ClassConnectionTest, DrelInitConnectsLogsAndCallsInit) {
-    EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
-    drelHalclient::drel_init();
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{{ANDROID_LOG_INFO, std::string("DRELFramework-lib-vendor"),
-                                     "drel client drel_init"}}));
-    // isDeclared + waitForService, nothing more.
-    EXPECT_EQ(2, hostbinder::serviceManagerCalls());
+TEST_F(ClassConnectionTest, DrelInitConnectsOnceAndCallsInitThroughAProxy) {
+    EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
+    Hal::drel_init();
+    Hal::drel_init();
+    EXPECT_EQ(log.lines(), std::vector<LogLine>(2, info("drel client drel_init")));
+    EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared + waitForService, once";
     std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
     ASSERT_NE(nullptr, g_drel_hal);
     EXPECT_TRUE(g_drel_hal->isRemote()) << "the library must hold a proxy, not the service";
-}
-
-TEST_F(ClassConnectionTest, ASecondCallMakesNoServiceManagerCall) {
-    EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
-    drelHalclient::drel_init();
-    int afterFirst = hostbinder::serviceManagerCalls();
-    drelHalclient::drel_init();
-    EXPECT_EQ(afterFirst, hostbinder::serviceManagerCalls());
 }
 
 TEST_F(ClassConnectionTest, EightThreadsConnectingAtOnceConnectOnce) {
@@ -53,7 +40,7 @@ TEST_F(ClassConnectionTest, EightThreadsConnectingAtOnceConnectOnce) {
         threads.emplace_back([&] {
             ++ready;
             while (ready < 8) std::this_thread::yield();
-            drelHalclient::drel_init();
+            Hal::drel_init();
         });
     }
     for (auto& t : threads) t.join();
@@ -62,73 +49,136 @@ TEST_F(ClassConnectionTest, EightThreadsConnectingAtOnceConnectOnce) {
 
 TEST_F(ClassConnectionTest, ReconnectsAfterServiceDeathWithoutCallerAction) {
     EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
-    drelHalclient::drel_init();
+    Hal::drel_init();
     killService();
-    EXPECT_TRUE(log.contains(kDied));
-    {
-        std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-        EXPECT_EQ(nullptr, g_drel_hal);
-    }
+    EXPECT_TRUE(log.contains(error("Drel HAL Service died")));
+    EXPECT_FALSE(classConnected());
     startService();
     EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
     log.clear();
-    drelHalclient::drel_init();
+    Hal::drel_init();
     EXPECT_EQ(1u, log.lines().size()) << "no failure is logged: the call reconnected first";
     // A second death is delivered too: the new connection linked a new recipient.
     killService();
     EXPECT_EQ(1, log.count("Drel HAL Service died"));
 }
 
-TEST_F(ClassConnectionTest, FailedStatusResetsTheProxyAndTheNextCallReconnects) {
-    EXPECT_CALL(*service, init()).WillOnce(ReturnServiceError(5)).WillOnce(ReturnOk());
-    drelHalclient::drel_init();
-    EXPECT_TRUE(log.contains({ANDROID_LOG_ERROR, std::string("DRELFramework-lib-vendor"),
-                              "drel_init() failed: drel HAL service not available"}));
-    {
-        std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-        EXPECT_EQ(nullptr, g_drel_hal);
-    }
-    int before = hostbinder::serviceManagerCalls();
-    log.clear();
-    drelHalclient::drel_init();
-    EXPECT_EQ(before + 2, hostbinder::serviceManagerCalls()) << "the next call reconnects";
-    EXPECT_EQ(0, log.count("drel_init() failed: drel HAL service not available"));
-}
-
-TEST_F(ClassConnectionTest, TransportFailuresResetTheProxyToo) {
-    EXPECT_CALL(*service, init()).WillOnce(ReturnStatus(STATUS_FAILED_TRANSACTION));
-    drelHalclient::drel_init();
-    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-    EXPECT_EQ(nullptr, g_drel_hal);
-}
-
-TEST_F(ClassConnectionTest, DeclaredServiceThatIsNotRunningMakesDrelInitWait) {
+TEST_F(ClassConnectionTest, DeclaredServiceThatIsNotRunningMakesDrelInitWaitForIt) {
     hostbinder::reset();
     hostbinder::declareService(kInstance);
-    std::atomic<bool> returned{false};
-    auto done = std::async(std::launch::async, [&] {
-        drelHalclient::drel_init();
-        returned = true;
-    });
-    EXPECT_EQ(std::future_status::timeout, done.wait_for(std::chrono::milliseconds(200)));
-    EXPECT_FALSE(returned);
+    auto done = std::async(std::launch::async, [] { Hal::drel_init(); });
+    // Started only once drel_init has looked the service up, so that only a wait finds it.
+    while (hostbinder::serviceManagerCalls() < 2) std::this_thread::yield();
     service = ::ndk::SharedRefBase::make<::testing::NiceMock<MockDrel>>();
     EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
     ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
     done.get();
-    EXPECT_TRUE(returned);
 }
 
-TEST_F(ClassConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFailsEveryCall) {
+TEST_F(ClassConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFails) {
     hostbinder::reset();
-    drelHalclient::drel_init();
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(1));
     EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{{ANDROID_LOG_INFO, std::string("DRELFramework-lib-vendor"),
-                                     "drel client drel_init"},
-                                    {ANDROID_LOG_ERROR, std::string("DRELFramework-lib-vendor"),
-                                     "Drel is not declared, AServiceManager_isDeclared:0"}}));
+              (std::vector<LogLine>{info("drel client drelResCtlRelease"),
+                                    error("Drel is not declared, AServiceManager_isDeclared:0")}));
     EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared is asked twice";
-    EXPECT_EQ(-1, drelHalclient::drelResCtlRelease(1));
+}
+
+// Every operation, under the name its failure line gives it; -1 (or an empty property) when it
+// fails. The lists are paired, so that only the service's answer decides.
+ResourceList gList{res(0x10, "1")};
+std::vector<std::string> gStates;
+std::map<std::string, std::string> gStateMap;
+std::shared_ptr<RecordingCallback> cb() {
+    return std::make_shared<RecordingCallback>();
+}
+std::shared_ptr<RecordingPathCallback> pathCb() {
+    return std::make_shared<RecordingPathCallback>();
+}
+
+const std::pair<const char*, int (*)()> kOperations[] = {
+        {"drel_init",
+         [] {
+             Hal::drel_init();
+             return classConnected() ? 0 : -1;
+         }},
+        {"drelDumpToDoQueue", Hal::drelDumpToDoQueue},
+        {"drelDumpRunMap", Hal::drelDumpRunMap},
+        {"drelDumpActiveResMap", Hal::drelDumpActiveResMap},
+        {"drelDumpResRequest", Hal::drelDumpResRequest},
+        {"drelDumpResInfo", Hal::drelDumpResInfo},
+        {"drelDumpSAInfo", Hal::drelDumpSAInfo},
+        {"drelDumpPidFdList", Hal::drelDumpPidFdList},
+        {"drelDumpPidfdMonitorMap", Hal::drelDumpPidfdMonitorMap},
+        {"drelDumpResRecordList", Hal::drelDumpResRecordList},
+        {"drelHistoryRequestRecordOn", Hal::drelHistoryRequestRecordOn},
+        {"drelHistoryRequestRecordOff", Hal::drelHistoryRequestRecordOff},
+        {"drelPropertyGet",
+         [] { return std::unique_ptr<char[]>(Hal::drelPropertyGet("p"))[0] == 0 ? -1 : 0; }},
+        {"drelPropertySet", [] { return Hal::drelPropertySet("p", "1"); }},
+        {"drelResCtlRequest", [] { return Hal::drelResCtlRequest(500, gList, 0); }},
+        {"drel client DrelCallbackClient with callback",
+         [] { return Hal::drelResCtlRequest(1, 500, gList, 0, 0, 0, cb()); }},
+        {"drelSACtlRequest", [] { return Hal::drelSACtlRequest(500, 7, 0); }},
+        {"drelSACtlRequest with callback",
+         [] { return Hal::drelSACtlRequest(1, 500, 7, 0, 0, 0, cb()); }},
+        {"drelResCtlRelease", [] { return Hal::drelResCtlRelease(1); }},
+        {"drelSACtlRelease", [] { return Hal::drelSACtlRelease(1); }},
+        {"drel_res_listening_register_map",
+         [] { return Hal::drelResListeningRegister(gList, 0, cb()); }},
+        {"drelResListeningUnRegister", [] { return Hal::drelResListeningUnRegister(1); }},
+        {"drelResStateRequest",
+         [] {
+             ResourceList states;
+             return Hal::drelResStateRequest(gList, 0, states);
+         }},
+        {"drelThermalNotify", [] { return Hal::drelThermalNotify(gList, 0); }},
+        {"drelThermalListeningRegister",
+         [] { return Hal::drelThermalListeningRegister({1}, cb()); }},
+        {"drelThermalListeningUnregister", [] { return Hal::drelThermalListeningUnregister(1); }},
+        {"drel_resctl_request_by_path",
+         [] { return Hal::drel_resctl_request_by_path(1, 1, {"/a"}, {"1"}, 0, 0, 0); }},
+        {"drel client drel_resctl_request_with_callback",
+         [] {
+             return Hal::drel_resctl_request_with_callback_by_path(1, 1, {"/a"}, {"1"}, 0, 0, 0,
+                                                                   pathCb());
+         }},
+        {"drel_res_state_request",
+         [] { return Hal::drel_res_state_request_by_path({"/a"}, {}, 0, gStates); }},
+        {"drel_res_state_request_map",
+         [] {
+             return Hal::drel_res_state_request_map_by_path({{"/a", ""}}, 0, gStateMap);
+         }},
+        {"drel_res_listening_register",
+         [] { return Hal::drel_res_listening_register_by_path({"/a"}, 0, pathCb()); }},
+        {"drel_res_listening_register_map",
+         [] {
+             return Hal::drel_res_listening_register_map_by_path({{"/a", ""}}, 0, pathCb());
+         }},
+};
+
+TEST_F(ClassConnectionTest, WithoutADeclaredServiceEveryOperationFailsAndParksNothing) {
+    hostbinder::reset();
+    for (const auto& [name, call] : kOperations) {
+        SCOPED_TRACE(name);
+        EXPECT_EQ(-1, call());
+    }
+    EXPECT_EQ(0u, parkedCount());
+}
+
+TEST_F(ClassConnectionTest, AFailedCallLogsTheOperationsNameAndDropsTheProxy) {
+    // No answer is set: every method returns an empty status, which is not OK.
+    for (const auto& [name, call] : kOperations) {
+        SCOPED_TRACE(name);
+        log.clear();
+        EXPECT_EQ(-1, call());
+        EXPECT_TRUE(log.contains(failed(name)));
+        EXPECT_FALSE(classConnected()) << "the next call reconnects";
+    }
+    EXPECT_EQ(3u, parkedCount()) << "a failed request keeps its one-shot client parked";
+    EXPECT_TRUE(groups().empty()) << "a failed registration keeps no group";
+    EXPECT_TRUE(gStates.empty());
+    EXPECT_TRUE(gStateMap.empty());
 }
 
 }  // namespace

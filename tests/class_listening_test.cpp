@@ -1,7 +1,10 @@
-// Listening registrations by id and by thermal subsystem, their unregistration, thermal
-// notification and state queries.
+// Listening registrations by id and by thermal subsystem, the duplicate test they share with the
+// path registrations, their unregistration, thermal notification and state queries.
 
 #include <gtest/gtest.h>
+
+#include <functional>
+#include <map>
 
 #include "support/class_fixture.h"
 
@@ -12,19 +15,11 @@ using ::testing::_;
 using ::testing::DoAll;
 using ::testing::SaveArg;
 
-const LogLine kRegistered = info("A callback has been registered to Drel HAL ");
-const LogLine kSame = error("Same callback interface registered already");
-
 class ListeningTest : public ClassApiFixture {
 protected:
-    void SetUp() override {
-        ClassApiFixture::SetUp();
-        ON_CALL(*service, listeningRegister(_, _, _)).WillByDefault(ReturnResult3(1));
-    }
     std::vector<std::vector<int>> groupIds() {
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
         std::vector<std::vector<int>> ids;
-        for (const DrelCallbackGroup& group : callback_groups) ids.push_back(group.ids);
+        for (const Group& group : groups()) ids.push_back(group.ids);
         return ids;
     }
 
@@ -38,80 +33,69 @@ TEST_F(ListeningTest, RegisterSendsTheResourcesAndKeepsAGroupWithTheServiceHandl
             .WillOnce(DoAll(SaveArg<0>(&sent), SaveArg<1>(&sentCallback), ReturnResult3(77)));
     ResourceList list{res(0x10, "1"), res(0x20, "2")};
 
-    EXPECT_EQ(77, drelHalclient::drelResListeningRegister(list, 9, callback));
+    EXPECT_EQ(77, Hal::drelResListeningRegister(list, 9, callback));
 
-    DrelRequestParcel expected;
-    expected.param5 = 9;
-    expected.resources = {wireRes(0x10, "1"), wireRes(0x20, "2")};
-    EXPECT_EQ(expected, sent);
+    EXPECT_EQ(queryParcel(9, {wireRes(0x10, "1"), wireRes(0x20, "2")}), sent);
     EXPECT_NE(nullptr, sentCallback);
-    {
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
-        ASSERT_EQ(1u, callback_groups.size());
-        const DrelCallbackGroup& group = callback_groups[0];
-        EXPECT_EQ((std::vector<int>{0x10, 0x20}), group.ids);
-        EXPECT_TRUE(group.paths.empty());
-        EXPECT_EQ(77, group.handle);
-        ASSERT_NE(nullptr, group.client);
-        EXPECT_EQ(callback, group.client->clientCallback);
-        EXPECT_TRUE(group.client->is_register);
-        EXPECT_FALSE(group.client->by_path);
-    }
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drelResListeningRegister"), kRegistered}));
+    std::vector<Group> kept = groups();
+    ASSERT_EQ(1u, kept.size());
+    EXPECT_EQ((std::vector<int>{0x10, 0x20}), kept[0].ids);
+    EXPECT_TRUE(kept[0].paths.empty());
+    EXPECT_EQ(77, kept[0].handle);
+    EXPECT_EQ(callback, kept[0].client->clientCallback);
+    EXPECT_TRUE(kept[0].client->is_register);
+    EXPECT_FALSE(kept[0].client->by_path);
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drelResListeningRegister"),
+                                                 info("A callback has been registered to Drel "
+                                                      "HAL ")}));
     EXPECT_EQ(0u, parkedCount());
 }
 
-TEST_F(ListeningTest, OnlyAnEqualIdListInTheSameOrderIsADuplicate) {
-    EXPECT_CALL(*service, listeningRegister(_, _, _)).Times(5).WillRepeatedly(ReturnResult3(1));
-    ResourceList first{res(0x10, "1"), res(0x20, "2")};
-    ASSERT_EQ(1, drelHalclient::drelResListeningRegister(first, 0, callback));
-
-    struct Case {
+// Registrations by id and by path share one registry. Each is refused while a group listens to
+// the same key in the same order, values and callbacks aside; an empty key matches every group of
+// the other kind, whose key of this kind is empty.
+TEST_F(ListeningTest, OnlyAnEqualKeyInTheSameOrderIsADuplicate) {
+    EXPECT_CALL(*service, listeningRegister(_, _, _)).Times(7).WillRepeatedly(ReturnResult3(1));
+    auto ids = [](std::vector<int> ids, const char* value) {
         ResourceList list;
+        for (int id : ids) list.push_back(res(id, value));
+        return [list]() mutable { return Hal::drelResListeningRegister(list, 0, nullptr); };
+    };
+    auto paths = [](std::vector<std::string> paths) {
+        return [=] { return Hal::drel_res_listening_register_by_path(paths, 0, nullptr); };
+    };
+    auto pathMap = [](std::map<std::string, std::string> map) {
+        return [=] { return Hal::drel_res_listening_register_map_by_path(map, 0, nullptr); };
+    };
+    const struct {
+        const char* what;
+        std::function<int()> call;
         bool duplicate;
+    } cases[] = {
+            {"ids", ids({0x10, 0x20}, "1"), false},
+            {"the same ids with other values", ids({0x10, 0x20}, "9"), true},
+            {"the ids in another order", ids({0x20, 0x10}, "1"), false},
+            {"fewer ids", ids({0x10}, "1"), false},
+            {"more ids", ids({0x10, 0x20, 0x30}, "1"), false},
+            {"no ids", ids({}, "1"), false},
+            {"no ids again", ids({}, "1"), true},
+            {"no paths, as every id group has", paths({}), true},
+            {"a path with a value", pathMap({{"/a", "1"}}), false},
+            {"the path alone", paths({"/a"}), true},
+            {"the path with another value", pathMap({{"/a", "2"}}), true},
+            {"another path", paths({"/A"}), false},
+            {"no path values, as every path group has", pathMap({}), true},
     };
-    Case cases[] = {
-            {{res(0x10, "9"), res(0x20, "9")}, true},  // values play no part
-            {{res(0x20, "2"), res(0x10, "1")}, false},
-            {{res(0x10, "1")}, false},
-            {{res(0x10, "1"), res(0x20, "2"), res(0x30, "3")}, false},
-            {{}, false},
-            {{}, true},  // the empty list registered just before
-    };
-    auto other = std::make_shared<RecordingCallback>();
-    for (Case& c : cases) {
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
         log.clear();
-        int handle = drelHalclient::drelResListeningRegister(c.list, 0, other);
-        EXPECT_EQ(c.duplicate ? -1 : 1, handle);
-        EXPECT_EQ(c.duplicate, log.contains(kSame));
+        EXPECT_EQ(c.duplicate ? -1 : 1, c.call());
+        EXPECT_EQ(c.duplicate, log.contains(error("Same callback interface registered already")));
     }
-    EXPECT_EQ(5u, groupIds().size());
+    EXPECT_EQ(7u, groups().size());
 }
 
-TEST_F(ListeningTest, AnEmptyIdListMatchesAPathRegistration) {
-    ASSERT_EQ(1, drelHalclient::drel_res_listening_register_by_path(
-                         {"/a"}, 0, std::make_shared<RecordingPathCallback>()));
-    EXPECT_CALL(*service, listeningRegister(_, _, _)).Times(0);
-    ResourceList empty;
-    EXPECT_EQ(-1, drelHalclient::drelResListeningRegister(empty, 0, callback));
-    EXPECT_TRUE(log.contains(kSame));
-}
-
-TEST_F(ListeningTest, AFailedRegistrationKeepsNoGroupAndReportsUnderTheMapName) {
-    EXPECT_CALL(*service, listeningRegister(_, _, _)).WillOnce(ReturnServiceError(1));
-    ResourceList list{res(0x10, "1")};
-    EXPECT_EQ(-1, drelHalclient::drelResListeningRegister(list, 0, callback));
-    EXPECT_TRUE(groupIds().empty());
-    EXPECT_EQ(log.linesWithTag(kRequestTag),
-              (std::vector<LogLine>{
-                      info("drelResListeningRegister"),
-                      error("drel_res_listening_register_map() failed: drel HAL service not "
-                            "available")}));
-    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-    EXPECT_EQ(nullptr, g_drel_hal);
-}
-
-TEST_F(ListeningTest, UnregisterRemovesEveryGroupOfTheHandleAndKeepsTheOthersInOrder) {
+TEST_F(ListeningTest, UnregisterRemovesEveryGroupOfTheHandleWhateverTheServiceAnswers) {
     EXPECT_CALL(*service, listeningRegister(_, _, _))
             .WillOnce(ReturnResult3(5))
             .WillOnce(ReturnResult3(6))
@@ -119,96 +103,60 @@ TEST_F(ListeningTest, UnregisterRemovesEveryGroupOfTheHandleAndKeepsTheOthersInO
             .WillOnce(ReturnResult3(7));
     for (int id : {1, 2, 3, 4}) {
         ResourceList list{res(id, "1")};
-        drelHalclient::drelResListeningRegister(list, 0, callback);
+        Hal::drelResListeningRegister(list, 0, callback);
     }
-    EXPECT_CALL(*service, listeningUnregister(5, _)).WillOnce(ReturnResult(0));
-    log.clear();
-
-    EXPECT_EQ(0, drelHalclient::drelResListeningUnRegister(5));
-
-    EXPECT_EQ((std::vector<std::vector<int>>{{2}, {4}}), groupIds());
-    EXPECT_EQ((std::vector<int>{6, 7}), groupHandles());
-    EXPECT_EQ(
-            log.linesWithTag(kRequestTag),
-            (std::vector<LogLine>{info("drel client drelResListeningUnRegister"),
-                                  info("a callback has been unregistered to Drel HAL handle 5"),
-                                  info("a callback has been unregistered to Drel HAL handle 5")}));
-}
-
-TEST_F(ListeningTest, UnregisterOfAnUnknownHandleStillAsksTheService) {
+    EXPECT_CALL(*service, listeningUnregister(5, _)).WillOnce(ReturnServiceError(2));
     EXPECT_CALL(*service, listeningUnregister(8, _)).WillOnce(ReturnResult(3));
-    EXPECT_EQ(3, drelHalclient::drelResListeningUnRegister(8));
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drel client drelResListeningUnRegister"),
-                                                 error("The callback was not registered before")}));
-}
-
-TEST_F(ListeningTest, UnregisterRemovesTheGroupEvenWhenTheServiceFails) {
-    ResourceList list{res(0x10, "1")};
-    ASSERT_EQ(1, drelHalclient::drelResListeningRegister(list, 0, callback));
-    EXPECT_CALL(*service, listeningUnregister(1, _)).WillOnce(ReturnServiceError(2));
     log.clear();
 
-    EXPECT_EQ(-1, drelHalclient::drelResListeningUnRegister(1));
+    EXPECT_EQ(-1, Hal::drelResListeningUnRegister(5));
+    EXPECT_EQ((std::vector<std::vector<int>>{{2}, {4}}), groupIds()) << "the others keep order";
+    EXPECT_EQ((std::vector<int>{6, 7}), groupHandles());
+    EXPECT_EQ(3, Hal::drelResListeningUnRegister(8)) << "an unknown handle is sent too";
 
-    EXPECT_TRUE(groupIds().empty());
-    EXPECT_EQ(
-            log.linesWithTag(kRequestTag),
-            (std::vector<LogLine>{info("drel client drelResListeningUnRegister"),
-                                  info("a callback has been unregistered to Drel HAL handle 1"),
-                                  error("drelResListeningUnRegister() failed: drel HAL service not "
-                                        "available")}));
+    const LogLine entry = info("drel client drelResListeningUnRegister");
+    const LogLine removed = info("a callback has been unregistered to Drel HAL handle 5");
+    EXPECT_EQ(log.linesWithTag(kRequestTag),
+              (std::vector<LogLine>{entry, removed, removed, failed("drelResListeningUnRegister"),
+                                    entry, error("The callback was not registered before")}));
 }
 
 TEST_F(ListeningTest, StateRequestAppendsTheReplyWholeAndCountsWhatWasThere) {
     DrelRequestParcel sent;
-    DrelRequestData noValue;
-    noValue.resId = 0x30;
-    std::vector<DrelRequestData> reply{wireRes(0x10, "1,2"), wireRes(0x20, ""), noValue};
+    std::vector<DrelRequestData> reply{wireRes(0x10, "1,2"), wireRes(0x20, ""),
+                                       wireRes(0x30, std::nullopt)};
     EXPECT_CALL(*service, stateRequest(_, _))
-            .WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(reply)));
+            .WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(reply)))
+            .WillOnce(ReturnOk());
     ResourceList query{res(0x10, "1"), res(0)};
     ResourceList states{res(1, "a"), res(2, "b")};
 
-    EXPECT_EQ(5, drelHalclient::drelResStateRequest(query, 4, states));
+    EXPECT_EQ(5, Hal::drelResStateRequest(query, 4, states));
 
-    DrelRequestParcel expected;
-    expected.param5 = 4;
-    expected.resources = {wireRes(0x10, "1"), wireRes(0, "")};
-    EXPECT_EQ(expected, sent);
-    EXPECT_EQ((ResourcePairs{{1, "a"}, {2, "b"}, {0x10, "1,2"}, {0x20, ""}, {0x30, ""}}),
-              asPairs(states));
+    EXPECT_EQ(queryParcel(4, {wireRes(0x10, "1"), wireRes(0, "")}), sent);
+    const ResourcePairs expected{{1, "a"}, {2, "b"}, {0x10, "1,2"}, {0x20, ""}, {0x30, ""}};
+    EXPECT_EQ(expected, asPairs(states));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drel client drelResStateRequest"),
                                                  info("drel client hal drelResStateRequest"),
                                                  info("drel client drelResStateRequest size 5")}));
-}
 
-TEST_F(ListeningTest, StateRequestWithAnEmptyReplyOrAFailureLeavesStatesAlone) {
-    EXPECT_CALL(*service, stateRequest(_, _)).WillOnce(ReturnOk()).WillOnce(ReturnServiceError(1));
-    ResourceList query{res(0x10, "1")};
-    ResourceList states{res(1, "a")};
-    EXPECT_EQ(-1, drelHalclient::drelResStateRequest(query, 0, states));
-    EXPECT_EQ(-1, drelHalclient::drelResStateRequest(query, 0, states));
-    EXPECT_EQ((ResourcePairs{{1, "a"}}), asPairs(states));
-    EXPECT_EQ(1, log.count("drelResStateRequest() failed: drel HAL service not available"));
+    EXPECT_EQ(-1, Hal::drelResStateRequest(query, 4, states)) << "an empty reply";
+    EXPECT_EQ(expected, asPairs(states));
 }
 
 TEST_F(ListeningTest, ThermalNotifySendsKindSevenAndRefusesUnpairedLevels) {
     DrelRequestParcel sent;
     EXPECT_CALL(*service, request(_, _)).WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(3)));
     ResourceList levels{res(0x1, "40"), res(0x2, "45")};
-    EXPECT_EQ(3, drelHalclient::drelThermalNotify(levels, 6));
-    DrelRequestParcel expected;
-    expected.requestType = 7;
-    expected.param5 = 6;
-    expected.resources = {wireRes(0x1, "40"), wireRes(0x2, "45")};
-    EXPECT_EQ(expected, sent);
+    EXPECT_EQ(3, Hal::drelThermalNotify(levels, 6));
+    EXPECT_EQ(requestParcel(7, 0, 0, 0, false, 6, {wireRes(0x1, "40"), wireRes(0x2, "45")}), sent);
 
-    log.clear();
     ResourceList unpaired{res(0x1)};
-    EXPECT_EQ(-1, drelHalclient::drelThermalNotify(unpaired, 6));
+    EXPECT_EQ(-1, Hal::drelThermalNotify(unpaired, 6));
+    const LogLine entry = info("drel client drelThermalNotify");
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
-                      info("drel client drelThermalNotify"),
+                      entry, entry,
                       error("drelThermalNotify ERROR: size unmatched for id and level ")}));
 }
 
@@ -218,8 +166,8 @@ TEST_F(ListeningTest, ThermalRegistrationsAreKeptWithoutADuplicateTestAndOutlive
     EXPECT_CALL(*service, thermalListeningRegister(_, _, _))
             .WillOnce(DoAll(SaveArg<0>(&sentIds), SaveArg<1>(&sentCallback), ReturnResult3(12)))
             .WillOnce(ReturnResult3(13));
-    EXPECT_EQ(12, drelHalclient::drelThermalListeningRegister({3, 1}, callback));
-    EXPECT_EQ(13, drelHalclient::drelThermalListeningRegister({3, 1}, callback));
+    EXPECT_EQ(12, Hal::drelThermalListeningRegister({3, 1}, callback));
+    EXPECT_EQ(13, Hal::drelThermalListeningRegister({3, 1}, callback));
     EXPECT_EQ((std::vector<int32_t>{3, 1}), sentIds);
     EXPECT_NE(nullptr, sentCallback);
     EXPECT_EQ((std::vector<std::vector<int>>{{3, 1}, {3, 1}}), groupIds());
@@ -228,40 +176,15 @@ TEST_F(ListeningTest, ThermalRegistrationsAreKeptWithoutADuplicateTestAndOutlive
 
     EXPECT_CALL(*service, thermalListeningUnregister(12, _)).WillOnce(ReturnResult(0));
     log.clear();
-    EXPECT_EQ(0, drelHalclient::drelThermalListeningUnregister(12));
+    EXPECT_EQ(0, Hal::drelThermalListeningUnregister(12));
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{info("drel client drelThermalListeningUnregister"),
                                     info("subsys's callback has been unRegistered to Drel HAL")}));
     EXPECT_EQ((std::vector<int>{12, 13}), groupHandles()) << "the group is not removed";
 
     EXPECT_CALL(*service, listeningUnregister(12, _)).WillOnce(ReturnResult(0));
-    drelHalclient::drelResListeningUnRegister(12);
+    Hal::drelResListeningUnRegister(12);
     EXPECT_EQ((std::vector<int>{13}), groupHandles());
-}
-
-TEST_F(ListeningTest, FailedCallsLogTheirOwnNames) {
-    ON_CALL(*service, listeningUnregister(_, _)).WillByDefault(ReturnServiceError(1));
-    ON_CALL(*service, request(_, _)).WillByDefault(ReturnServiceError(1));
-    ON_CALL(*service, thermalListeningRegister(_, _, _)).WillByDefault(ReturnServiceError(1));
-    ON_CALL(*service, thermalListeningUnregister(_, _)).WillByDefault(ReturnServiceError(1));
-    ResourceList levels{res(0x1, "40")};
-    const std::pair<const char*, std::function<int()>> table[] = {
-            {"drelResListeningUnRegister",
-             [] { return drelHalclient::drelResListeningUnRegister(1); }},
-            {"drelThermalNotify", [&] { return drelHalclient::drelThermalNotify(levels, 0); }},
-            {"drelThermalListeningRegister",
-             [&] { return drelHalclient::drelThermalListeningRegister({1}, callback); }},
-            {"drelThermalListeningUnregister",
-             [] { return drelHalclient::drelThermalListeningUnregister(1); }},
-    };
-    for (const auto& [name, call] : table) {
-        SCOPED_TRACE(name);
-        log.clear();
-        EXPECT_EQ(-1, call());
-        EXPECT_TRUE(log.contains(
-                error(std::string(name) + "() failed: drel HAL service not available")));
-    }
-    EXPECT_TRUE(groupIds().empty()) << "a failed thermal registration keeps no group";
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include <atomic>
 #include <chrono>
-#include <functional>
 #include <future>
 #include <thread>
 
@@ -33,27 +32,15 @@ bool classConnected() {
 
 class FlatConnectionTest : public FlatFixture {};
 
-TEST_F(FlatConnectionTest, QelInitConnectsWithoutWaitingAndCallsInit) {
-    EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
+TEST_F(FlatConnectionTest, QelInitConnectsOnceWithoutWaitingAndCallsInitThroughAProxy) {
+    EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
     EXPECT_EQ(0, qelInit());
-    EXPECT_EQ(log.lines(), std::vector<LogLine>{kInitEnter});
-    EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared + checkService";
+    EXPECT_EQ(0, qelInit());
+    EXPECT_EQ(log.lines(), (std::vector<LogLine>{kInitEnter, kInitEnter}));
+    EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared + checkService, once";
     std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
     ASSERT_NE(nullptr, g_qel_hal);
     EXPECT_TRUE(g_qel_hal->isRemote()) << "the flat API must hold a proxy, not the service";
-}
-
-TEST_F(FlatConnectionTest, CallsAfterConnectingMakeNoServiceManagerCall) {
-    EXPECT_CALL(*service, init()).WillRepeatedly(ReturnOk());
-    EXPECT_CALL(*service, request(_, _)).WillRepeatedly(ReturnResult(1));
-    EXPECT_CALL(*service, ruleCtl(_, _, _, _)).WillRepeatedly(ReturnResult4(0));
-    ASSERT_EQ(0, qelInit());
-    int afterConnect = hostbinder::serviceManagerCalls();
-    EXPECT_EQ(0, qelInit());
-    EXPECT_EQ(1, QelEventAcquire(3, "pkg", "id", 10, {}));
-    EXPECT_EQ(1, QelNotify(1, 2, {}));
-    EXPECT_EQ(0, qelRuleCtl(1, 1, {}));
-    EXPECT_EQ(afterConnect, hostbinder::serviceManagerCalls());
 }
 
 TEST_F(FlatConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFails) {
@@ -67,23 +54,20 @@ TEST_F(FlatConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFails) {
     EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared is asked twice, no look-up";
 }
 
-TEST_F(FlatConnectionTest, QelInitReturnsMinusTwoOnAFailedInitAndDropsTheProxy) {
-    EXPECT_CALL(*service, init())
-            .WillOnce(ReturnServiceError(3))
-            .WillOnce(ReturnStatus(STATUS_FAILED_TRANSACTION))
-            .WillOnce(ReturnOk());
-    const LogLine failed =
-            qelLine(ANDROID_LOG_ERROR, "drel_init() failed : drel HAL service not available");
-    for (int attempt = 0; attempt < 2; ++attempt) {
-        log.clear();
-        int before = hostbinder::serviceManagerCalls();
-        EXPECT_EQ(-2, qelInit()) << "attempt " << attempt;
-        EXPECT_EQ(log.lines(), (std::vector<LogLine>{kInitEnter, failed}));
-        EXPECT_FALSE(qelConnected());
-        EXPECT_EQ(before + 2, hostbinder::serviceManagerCalls()) << "each attempt reconnects";
+TEST_F(FlatConnectionTest, DeclaredServiceThatIsNotRunningFailsAtOnce) {
+    hostbinder::reset();
+    hostbinder::declareService(kInstance);
+    auto init = std::async(std::launch::async, qelInit);
+    // Bounded only so that a waiting implementation fails here instead of hanging the suite.
+    if (init.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
+        startService();  // lets a waiting call go so that the test can end
+        FAIL() << "qelInit waited for a declared service to start";
     }
-    EXPECT_EQ(0, qelInit());
-    EXPECT_TRUE(qelConnected());
+    EXPECT_EQ(-1, init.get());
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{kInitEnter,
+                                    qelLine(ANDROID_LOG_ERROR, "Drel HAL Service not found"),
+                                    kConnectError}));
 }
 
 TEST_F(FlatConnectionTest, DeathDropsTheProxyAndTheNextCallLinksANewRecipient) {
@@ -103,52 +87,23 @@ TEST_F(FlatConnectionTest, DeathDropsTheProxyAndTheNextCallLinksANewRecipient) {
 }
 
 TEST_F(FlatConnectionTest, FlatAndClassConnectionsFailAndReconnectIndependently) {
-    EXPECT_CALL(*service, init()).WillOnce(ReturnOk()).WillOnce(ReturnServiceError(1));
+    EXPECT_CALL(*service, init())
+            .WillOnce(ReturnOk())
+            .WillOnce(ReturnServiceError(1))
+            .WillRepeatedly(ReturnOk());
     drelHalclient::drel_init();
     ASSERT_TRUE(classConnected());
-    // A failed flat call resets the flat connection only.
     EXPECT_EQ(-2, qelInit());
-    EXPECT_FALSE(qelConnected());
-    EXPECT_TRUE(classConnected());
+    EXPECT_TRUE(classConnected()) << "a failed flat call resets the flat connection only";
 
-    // Both die with the service; each comes back on its own next call, and only then.
-    EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
     ASSERT_EQ(0, qelInit());
     killService();
     EXPECT_FALSE(qelConnected());
     EXPECT_FALSE(classConnected());
-    EXPECT_TRUE(log.contains(kDied));
-    EXPECT_TRUE(log.contains(
-            {ANDROID_LOG_ERROR, std::string("DRELFramework-lib-vendor"), "Drel HAL Service died"}));
-
     startService();
-    EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
+    EXPECT_CALL(*service, init()).WillRepeatedly(ReturnOk());
     EXPECT_EQ(0, qelInit());
-    EXPECT_TRUE(qelConnected());
     EXPECT_FALSE(classConnected()) << "the flat API's connect must not connect the class API";
-    drelHalclient::drel_init();
-    EXPECT_TRUE(classConnected());
-}
-
-TEST_F(FlatConnectionTest, DeclaredServiceThatIsNotRunningFailsEveryCallAtOnce) {
-    hostbinder::reset();
-    hostbinder::declareService(kInstance);
-    auto calls = std::async(std::launch::async, [] {
-        std::vector<int> results{qelInit(), QelEventAcquire(1, "p", "i", 1, {}),
-                                 QelNotify(1, 1, {}), qelRuleCtl(1, 1, {}),
-                                 setRelatedSysInfo(1, 1)};
-        QelRelease(1);
-        return results;
-    });
-    // Bounded only so that a waiting implementation fails here instead of hanging the suite.
-    if (calls.wait_for(std::chrono::seconds(5)) != std::future_status::ready) {
-        startService();  // lets a waiting call go so that the test can end
-        calls.wait();
-        FAIL() << "a flat-API call waited for a declared service to start";
-    }
-    EXPECT_EQ(calls.get(), (std::vector<int>{-1, -1, -1, -1, -1}));
-    EXPECT_EQ(6, log.count("Drel HAL Service not found"));
-    EXPECT_EQ(6, log.count("qel_get_drel_hal_and_link_to_death error:-1"));
 }
 
 TEST_F(FlatConnectionTest, ThreadsConnectingAtOnceAllSucceed) {
@@ -166,110 +121,72 @@ TEST_F(FlatConnectionTest, ThreadsConnectingAtOnceAllSucceed) {
     }
     for (auto& t : threads) t.join();
     EXPECT_EQ(0, failures);
-    EXPECT_TRUE(qelConnected());
     killService();
     EXPECT_EQ(1, log.count("Drel HAL Service died")) << "one live link, to the kept proxy";
 }
 
-// Every entry point: its result and its last log line when connecting fails, and when the
-// service answers with a failed status.
-struct EntryPoint {
-    const char* name;  // the operation's name in the failure line
-    std::function<int()> call;
+// Every entry point, under the name its failure line gives it, and its result when the service
+// answers with a failed status.
+std::vector<QelClient::Resource> gResources{{0x10, std::nullopt}};
+std::string gText = "unchanged";
+
+const struct {
+    const char* name;
+    int (*call)();
     int failedStatusResult;
-};
-
-void PrintTo(const EntryPoint& entry, std::ostream* os) {
-    *os << entry.name;
-}
-
-int releaseAsInt() {
-    QelRelease(7);
-    return -1;
-}
-int resStateAsInt() {
-    std::string value = "unchanged";
-    QelResStateRequest(0x10, value);
-    return value == "unchanged" ? -1 : 0;
-}
-
-const EntryPoint kEntryPoints[] = {
+} kEntryPoints[] = {
         {"drel_init", qelInit, -2},
         {"QelEventAcquire", [] { return QelEventAcquire(1, "p", "i", 10, {}); }, -1},
         {"QelEventAcquire", [] { return QelResAcquire({}, 0, "i", 10); }, -1},
         {"QelEventAcquire", [] { return QelPlatformResAcquire({}, 0, "i", "p", 10); }, -1},
-        {"drelResCtlRelease", releaseAsInt, -1},
+        {"drelResCtlRelease",
+         [] {
+             QelRelease(7);
+             return -1;
+         },
+         -1},
         {"QelNotify", [] { return QelNotify(1, 2, {3}); }, -1},
+        {"QelMutiResStateRequest", [] { return QelMutiResStateRequest(gResources); }, -1},
         {"QelMutiResStateRequest",
          [] {
-             std::vector<QelClient::Resource> resources{{0x10, std::nullopt}};
-             return QelMutiResStateRequest(resources);
+             QelResStateRequest(0x10, gText);
+             return gText == "unchanged" ? -1 : 0;
          },
          -1},
-        {"QelMutiResStateRequest", resStateAsInt, -1},
-        {"QelGetHistory",
-         [] {
-             std::string history;
-             return QelGetHistory(history);
-         },
-         -1},
+        {"QelGetHistory", [] { return QelGetHistory(gText); }, -1},
         {"QelGetPMStatus", [] { return QelGetPMStatus(2); }, -1},
         {"qelRuleCtl", [] { return qelRuleCtl(1, 1, {}); }, -1},
         {"setRelatedSysInfo", [] { return setRelatedSysInfo(1, 2); }, -1},
 };
 
-class FlatEntryPointTest : public FlatFixture, public ::testing::WithParamInterface<EntryPoint> {
-protected:
-    // Every operation answers with `status`, having written 5 into its out-value.
-    void answerEveryCallWith(binder_status_t status) {
-        auto failed = [status] { return ndk::ScopedAStatus::fromStatus(status); };
-        ON_CALL(*service, init()).WillByDefault(failed);
-        ON_CALL(*service, request(_, _)).WillByDefault([=](auto&, int32_t* out) {
-            *out = 5;
-            return failed();
-        });
-        ON_CALL(*service, release(_, _)).WillByDefault([=](auto, int32_t* out) {
-            *out = 5;
-            return failed();
-        });
-        ON_CALL(*service, stateRequest(_, _))
-                .WillByDefault([=](auto&, std::vector<DrelRequestData>* out) {
-                    out->push_back(wireRecord(0x10, 0, "5", "5"));
-                    return failed();
-                });
-        ON_CALL(*service, ruleCtl(_, _, _, _)).WillByDefault([=](auto, auto, auto&, int32_t* out) {
-            *out = 5;
-            return failed();
-        });
-        ON_CALL(*service, setRelatedSysInfo(_, _, _)).WillByDefault([=](auto, auto, int32_t* out) {
-            *out = 5;
-            return failed();
-        });
-    }
-};
-
-TEST_P(FlatEntryPointTest, FailsWithTheConnectErrorWhenTheServiceIsNotDeclared) {
+TEST_F(FlatConnectionTest, WithoutADeclaredServiceEveryEntryPointEndsWithTheConnectError) {
     hostbinder::reset();
-    EXPECT_EQ(-1, GetParam().call());
-    ASSERT_FALSE(log.lines().empty());
-    EXPECT_EQ(kConnectError, log.lines().back());
+    for (const auto& entry : kEntryPoints) {
+        SCOPED_TRACE(entry.name);
+        log.clear();
+        EXPECT_EQ(-1, entry.call());
+        ASSERT_FALSE(log.lines().empty());
+        EXPECT_EQ(kConnectError, log.lines().back());
+    }
+    std::vector<QelClient::Resource> none;
+    EXPECT_EQ(-1, QelMutiResStateRequest(none));
+    EXPECT_EQ(kConnectError, log.lines().back()) << "the connection is looked at first";
 }
 
-TEST_P(FlatEntryPointTest, FailedStatusLogsTheOperationAndDropsTheProxy) {
-    for (binder_status_t status : {STATUS_FAILED_TRANSACTION, STATUS_DEAD_OBJECT}) {
-        answerEveryCallWith(status);
+TEST_F(FlatConnectionTest, AFailedStatusLogsTheOperationAndDropsTheProxy) {
+    // No answer is set: every method returns an empty status, which is not OK.
+    for (const auto& entry : kEntryPoints) {
+        SCOPED_TRACE(entry.name);
         log.clear();
-        EXPECT_EQ(GetParam().failedStatusResult, GetParam().call()) << "status " << status;
-        EXPECT_TRUE(log.contains(qelLine(
-                ANDROID_LOG_ERROR,
-                std::string(GetParam().name) + "() failed : drel HAL service not available")))
-                << "status " << status;
+        EXPECT_EQ(entry.failedStatusResult, entry.call());
+        EXPECT_TRUE(log.contains(
+                qelLine(ANDROID_LOG_ERROR,
+                        std::string(entry.name) + "() failed : drel HAL service not available")));
         EXPECT_FALSE(qelConnected());
     }
-    EXPECT_FALSE(classConnected());
+    EXPECT_EQ("unchanged", gText);
+    EXPECT_EQ(std::nullopt, gResources[0].resValue);
 }
-
-INSTANTIATE_TEST_SUITE_P(EveryEntryPoint, FlatEntryPointTest, ::testing::ValuesIn(kEntryPoints));
 
 }  // namespace
 }  // namespace qel_test

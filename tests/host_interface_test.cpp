@@ -28,28 +28,21 @@ std::string readFile(const std::string& path) {
     return text.str();
 }
 
-// Names declared in an .aidl body: methods "type name(" or fields "type name;".
-std::vector<std::string> declaredNames(const std::string& file, const std::string& pattern) {
-    std::string text = readFile(kAidlDir + kTypeDir + file);
-    text = std::regex_replace(text, std::regex(R"(/\*[\s\S]*?\*/)"), "");
-    std::vector<std::string> names;
+// The first group of every match of `pattern` in `text`, in order.
+std::vector<std::string> matches(const std::string& text, const std::string& pattern) {
+    std::vector<std::string> found;
     std::regex re(pattern);
     for (auto it = std::sregex_iterator(text.begin(), text.end(), re); it != std::sregex_iterator();
          ++it) {
-        names.push_back((*it)[1]);
+        found.push_back((*it)[1]);
     }
-    return names;
+    return found;
 }
 
-// Field names in the order toString() prints them.
-std::vector<std::string> printedFields(const std::string& text) {
-    std::vector<std::string> names;
-    std::regex re(R"([{ ](\w+): )");
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), re); it != std::sregex_iterator();
-         ++it) {
-        names.push_back((*it)[1]);
-    }
-    return names;
+// Names declared in an .aidl body, comments aside: methods "type name(" or fields "type name;".
+std::vector<std::string> declaredNames(const std::string& file, const std::string& pattern) {
+    std::string text = readFile(kAidlDir + kTypeDir + file);
+    return matches(std::regex_replace(text, std::regex(R"(/\*[\s\S]*?\*/)"), ""), pattern);
 }
 
 TEST(HostInterfaceTest, MethodsKeepTheirTransactionCodesInDeclarationOrder) {
@@ -81,10 +74,12 @@ TEST(HostInterfaceTest, MethodsKeepTheirTransactionCodesInDeclarationOrder) {
 
 TEST(HostInterfaceTest, ParcelableFieldsKeepTheirOrder) {
     const char* field = R"(\n[ \t]+[^\n;]*\s(\w+)\s*;)";
+    // toString() prints the fields in the order they are declared in.
+    const char* printed = R"([{ ](\w+): )";
     EXPECT_EQ(declaredNames("DrelRequestData.aidl", field),
-              printedFields(DrelRequestData{}.toString()));
+              matches(DrelRequestData{}.toString(), printed));
     EXPECT_EQ(declaredNames("DrelRequestParcel.aidl", field),
-              printedFields(DrelRequestParcel{}.toString()));
+              matches(DrelRequestParcel{}.toString(), printed));
 }
 
 TEST(HostInterfaceTest, VersionAndHashAreThoseOfTheFrozenDump) {

@@ -1,6 +1,6 @@
 // Support for the class API's tests: a fixture that also empties the process-wide callback
-// registries around each test, recording caller callbacks, and helpers to build resources, read
-// the registries and state expected log lines.
+// registries around each test, recording caller callbacks, and helpers to build resources and
+// parcels, read the registries and state expected log lines.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -34,11 +34,11 @@ inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
 
 namespace qel_test {
 
+using Hal = drelHalclient;
 using Resource = QelClient::Resource;
 using ResourceList = std::list<QelClient::Resource>;
 
 inline const std::string kRequestTag = "DRELFramework-lib-vendor";
-inline const std::string kCallbackTag = "DrelFramework-lib-vendor";
 
 inline LogLine info(const std::string& message) {
     return {ANDROID_LOG_INFO, kRequestTag, message};
@@ -46,11 +46,11 @@ inline LogLine info(const std::string& message) {
 inline LogLine error(const std::string& message) {
     return {ANDROID_LOG_ERROR, kRequestTag, message};
 }
-inline LogLine cbInfo(const std::string& message) {
-    return {ANDROID_LOG_INFO, kCallbackTag, message};
+inline LogLine failed(const std::string& name) {
+    return error(name + "() failed: drel HAL service not available");
 }
-inline LogLine cbError(const std::string& message) {
-    return {ANDROID_LOG_ERROR, kCallbackTag, message};
+inline LogLine cbInfo(const std::string& message) {
+    return {ANDROID_LOG_INFO, std::string("DrelFramework-lib-vendor"), message};
 }
 
 // A resource list as comparable pairs: id and value (absent stays absent).
@@ -68,14 +68,13 @@ inline Resource res(int32_t id, std::optional<std::string> value = std::nullopt)
     return r;
 }
 
-// A wire record as the library builds it from a caller's resource.
-inline DrelRequestData wireRes(int32_t id, const std::string& value) {
+// Wire records of the id form and of the path form.
+inline DrelRequestData wireRes(int32_t id, std::optional<std::string> value) {
     DrelRequestData d;
     d.resId = id;
-    d.resValue = value;
+    d.resValue = std::move(value);
     return d;
 }
-// A wire record of the path form.
 inline DrelRequestData wirePath(const std::string& path, std::optional<std::string> value) {
     DrelRequestData d;
     d.resPath = path;
@@ -83,18 +82,61 @@ inline DrelRequestData wirePath(const std::string& path, std::optional<std::stri
     return d;
 }
 
-inline size_t parkedCount() {
-    std::lock_guard<std::mutex> lock(request_callback_mutex);
-    return request_callbacks.size();
+// A parcel with the fields a request sets; the others stay at their defaults.
+inline DrelRequestParcel requestParcel(int32_t type, int32_t reqId, int64_t timeout, int32_t param3,
+                                       bool flag, int32_t param5,
+                                       std::vector<DrelRequestData> resources) {
+    DrelRequestParcel p;
+    p.requestType = type;
+    p.reqId = reqId;
+    p.timeout = timeout;
+    p.param3 = param3;
+    p.flag = flag;
+    p.param5 = param5;
+    p.resources = std::move(resources);
+    return p;
 }
+// A query or registration: param5 and the records only.
+inline DrelRequestParcel queryParcel(int32_t param5, std::vector<DrelRequestData> resources) {
+    return requestParcel(0, 0, 0, 0, false, param5, std::move(resources));
+}
+// `parcel` with the debug tag that every path-addressed parcel carries.
+inline DrelRequestParcel debugTagged(DrelRequestParcel parcel) {
+    parcel.tags = std::vector<std::optional<std::string>>{std::string("zdbdebug")};
+    return parcel;
+}
+
+inline bool classConnected() {
+    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
+    return g_drel_hal != nullptr;
+}
+
 inline std::vector<std::shared_ptr<DrelCallbackClient>> parked() {
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     return request_callbacks;
 }
-inline std::vector<int> groupHandles() {
+inline size_t parkedCount() {
+    return parked().size();
+}
+
+// A copy of one entry of callback_groups.
+struct Group {
+    std::vector<int> ids;
+    std::vector<std::string> paths;
+    int handle;
+    std::shared_ptr<DrelCallbackClient> client;
+};
+inline std::vector<Group> groups() {
     std::lock_guard<std::mutex> lock(callback_group_mutex);
+    std::vector<Group> copies;
+    for (const DrelCallbackGroup& g : callback_groups) {
+        copies.push_back({g.ids, g.paths, g.handle, g.client});
+    }
+    return copies;
+}
+inline std::vector<int> groupHandles() {
     std::vector<int> handles;
-    for (const DrelCallbackGroup& group : callback_groups) handles.push_back(group.handle);
+    for (const Group& group : groups()) handles.push_back(group.handle);
     return handles;
 }
 
@@ -106,10 +148,8 @@ inline void clearRegistries() {
         std::lock_guard<std::mutex> lock(callback_group_mutex);
         groups.swap(callback_groups);
     }
-    {
-        std::lock_guard<std::mutex> lock(request_callback_mutex);
-        clients.swap(request_callbacks);
-    }
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    clients.swap(request_callbacks);
 }
 
 // Records each report; `onReport`, when set, runs inside the caller's callback.

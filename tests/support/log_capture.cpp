@@ -6,14 +6,13 @@ namespace qel_test {
 namespace {
 
 std::mutex gMutex;
-std::vector<LogLine>* gLines = nullptr;
+std::vector<LogLine>* gLines = nullptr;  // while a LogCapture is alive
 
 void captureLine(const __android_log_message* message) {
     std::lock_guard<std::mutex> l(gMutex);
     if (gLines == nullptr) return;
-    LogLine line{message->priority, std::nullopt, message->message};
-    if (message->tag != nullptr) line.tag = message->tag;
-    gLines->push_back(std::move(line));
+    gLines->push_back({message->priority, std::nullopt, message->message});
+    if (message->tag != nullptr) gLines->back().tag = message->tag;
 }
 
 }  // namespace
@@ -44,10 +43,9 @@ std::vector<LogLine> LogCapture::lines() const {
 }
 
 std::vector<LogLine> LogCapture::linesWithTag(const std::string& tag) const {
-    std::vector<LogLine> out;
-    for (const LogLine& line : lines()) {
-        if (line.tag == tag) out.push_back(line);
-    }
+    std::vector<LogLine> out = lines();
+    out.erase(std::remove_if(out.begin(), out.end(), [&](auto& line) { return line.tag != tag; }),
+              out.end());
     return out;
 }
 
