@@ -146,29 +146,5 @@ TEST(GameUpgradeListTest, ReadsOnlyLevelAndText) {
     }
 }
 
-// Generated texts built from the tokens the grammars know: each builder gives the same list for
-// the same text, every resource it makes carries a value, and the list holds no more memory
-// than twice what it needs.
-TEST(BuilderPropertyTest, OutputDependsOnlyOnTheInputAndAlwaysCarriesValues) {
-    const std::vector<std::string> tokens = {"colocation", "groupmigrate", ":", ",", ";", "-", "-1",
-                                             "7",          "12",           " ", "x"};
-    TextGenerator gen(42);
-    size_t nonEmpty = 0;
-    for (int i = 0; i < 1500; ++i) {
-        std::string text = gen.join(tokens, 12);
-        for (const char* name : {"getTargetLoadList", "getColocationList", "getGameAdpList"}) {
-            std::vector<QelClient::Resource> list = builderNamed(name)(text);
-            ResourcePairs first = pairsOf(list);
-            ASSERT_EQ(first, pairsOf(builderNamed(name)(text))) << name << "(\"" << text << "\")";
-            ASSERT_LE(list.capacity(), 2 * list.size()) << name << "(\"" << text << "\")";
-            for (const auto& resource : first) {
-                ASSERT_TRUE(resource.second.has_value()) << name << "(\"" << text << "\")";
-            }
-            nonEmpty += first.empty() ? 0 : 1;
-        }
-    }
-    EXPECT_GT(nonEmpty, 300u) << "the generator must reach lists that are not empty";
-}
-
 }  // namespace
 }  // namespace qel_test
