@@ -344,6 +344,22 @@ TEST_F(ServiceApiTest, WrapperActionsAndScenariosLandInTheService) {
     EXPECT_EQ("3", rule->data[2].resValue);
 }
 
+TEST_F(ServiceApiTest, WithoutAServiceOrAnAnswerTheCallsGiveMinusOne) {
+    std::map<std::string, std::string> paths;
+    EXPECT_EQ(-1, drelHalclient::drel_res_state_request_map_by_path({}, 0, paths))
+            << "an empty reply is no answer";
+    hostbinder::reset();  // nothing declared: the calls fail at once
+    auto reports = std::make_shared<Reports>();
+    std::list<QelClient::Resource> ids = {{kCpu, ""}}, states, levels = {{1, "hot"}};
+    std::vector<QelClient::Resource> flat = {{kCpu, ""}};
+    EXPECT_EQ(-1, drelHalclient::drelResListeningRegister(ids, 0, reports));
+    EXPECT_EQ(-1, drelHalclient::drelResStateRequest(ids, 0, states));
+    EXPECT_EQ(-1, drelHalclient::drelThermalNotify(levels, 0));
+    EXPECT_EQ(-1, drelHalclient::drel_res_state_request_map_by_path({{"/a", ""}}, 0, paths));
+    EXPECT_EQ(-1, QelMutiResStateRequest(flat));
+    EXPECT_EQ(-1, qelInit());
+}
+
 // Through a raw proxy: what no API of the library sends or can answer.
 class RawReports : public ::aidl::vendor::quarn::hardware::drel::BnDrelCallback {
 public:
