@@ -108,17 +108,6 @@ TEST_F(CallbackClientTest, AMissingCallerCallbackIsSkippedSilently) {
     EXPECT_FALSE(log.contains(called(1)));
 }
 
-TEST_F(CallbackClientTest, DestructionLogsUnderTheCallbackTagAndReleasesTheCallerCallback) {
-    std::weak_ptr<RecordingCallback> weak = callback;
-    auto client = oneShot(callback);
-    callback.reset();
-    EXPECT_FALSE(weak.expired()) << "the client keeps the caller's callback alive";
-    client.reset();
-
-    EXPECT_TRUE(weak.expired());
-    EXPECT_EQ(log.lines(), (std::vector<LogLine>{cbInfo("ndk backend ~DrelCallbackClient")}));
-}
-
 TEST_F(CallbackClientTest, EveryNewClientPutsTheUntaggedTransactionLogIntoTheStubHook) {
     int foreignCalls = 0;
     BnDrelCallback::logFunc = [&](const BnDrelCallback::TransactionLog&) { ++foreignCalls; };
