@@ -4,6 +4,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -21,35 +22,27 @@ void requireWellFormed(const std::vector<QelClient::Resource>& list) {
     }
 }
 
+// The list builders that take a text alone, in the order the corpus picks them by.
+std::vector<QelClient::Resource> (*const kTextBuilders[])(std::string) = {
+        getTargetLoadList, getColocationList, getGameAdpList};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
-    int builder = in.ConsumeIntegralInRange<int>(0, 4);
-    int level = in.ConsumeIntegral<int>();
-    int opcode = in.ConsumeIntegral<int>();
-    std::string text = in.ConsumeRemainingBytesAsString();
-    switch (builder) {
-        case 0:
-            requireWellFormed(getTargetLoadList(text));
-            break;
-        case 1:
-            requireWellFormed(getColocationList(text));
-            break;
-        case 2:
-            requireWellFormed(getGameAdpList(text));
-            break;
-        case 3: {
-            std::vector<QelClient::Resource> list = getGameUpgradeList(0, 0, level, 0, 0, text);
-            requireWellFormed(list);
-            require(list.size() == (level >= 1 ? 1u : 0u) + (text.empty() ? 0u : 1u));
-            break;
-        }
-        default: {
-            QelClient::Resource resource = QelResourceInfo(opcode, text);
-            require(resource.resId == opcode && resource.resValue == text);
-            break;
-        }
+    const size_t builder = in.ConsumeIntegralInRange<size_t>(0, std::size(kTextBuilders) + 1);
+    const int level = in.ConsumeIntegral<int>();
+    const int opcode = in.ConsumeIntegral<int>();
+    const std::string text = in.ConsumeRemainingBytesAsString();
+    if (builder < std::size(kTextBuilders)) {
+        requireWellFormed(kTextBuilders[builder](text));
+    } else if (builder == std::size(kTextBuilders)) {
+        std::vector<QelClient::Resource> list = getGameUpgradeList(0, 0, level, 0, 0, text);
+        requireWellFormed(list);
+        require(list.size() == (level >= 1 ? 1u : 0u) + (text.empty() ? 0u : 1u));
+    } else {
+        QelClient::Resource resource = QelResourceInfo(opcode, text);
+        require(resource.resId == opcode && resource.resValue == text);
     }
     return 0;
 }

@@ -13,6 +13,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -40,19 +41,15 @@ void require(bool promise) {
 }
 
 std::optional<std::string> fuzzedText(FuzzedDataProvider& in) {
-    switch (in.ConsumeIntegralInRange<int>(0, 7)) {
-        case 0:
-            return std::nullopt;
-        case 1:
-            return std::string();
-        case 2:  // huge
-            return std::string(in.ConsumeIntegralInRange<size_t>(0, 1 << 16),
-                               in.ConsumeIntegral<char>());
-        case 3:  // a number, possibly out of range
-            return std::to_string(in.ConsumeIntegral<int64_t>());
-        default:  // odd bytes, NULs included
-            return in.ConsumeRandomLengthString(80);
+    const int kind = in.ConsumeIntegralInRange<int>(0, 7);
+    if (kind == 0) return std::nullopt;
+    if (kind == 1) return std::string();
+    if (kind == 2) {  // huge
+        return std::string(in.ConsumeIntegralInRange<size_t>(0, 1 << 16),
+                           in.ConsumeIntegral<char>());
     }
+    if (kind == 3) return std::to_string(in.ConsumeIntegral<int64_t>());  // perhaps out of range
+    return in.ConsumeRandomLengthString(80);                              // odd bytes, NULs too
 }
 
 DrelRequestData fuzzedRecord(FuzzedDataProvider& in) {
@@ -85,17 +82,13 @@ Records fuzzedRecords(FuzzedDataProvider& in) {
     return records;
 }
 
+// Mostly OK.
 ScopedAStatus fuzzedStatus(FuzzedDataProvider& in) {
-    switch (in.ConsumeIntegralInRange<int>(0, 11)) {
-        case 0:
-            return ScopedAStatus::fromServiceSpecificError(in.ConsumeIntegral<int32_t>());
-        case 1:
-            return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
-        case 2:
-            return ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-        default:
-            return ScopedAStatus::ok();
-    }
+    const int kind = in.ConsumeIntegralInRange<int>(0, 11);
+    if (kind == 0) return ScopedAStatus::fromServiceSpecificError(in.ConsumeIntegral<int32_t>());
+    if (kind == 1) return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+    if (kind == 2) return ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+    return ScopedAStatus::ok();
 }
 
 // The service. Its methods run on the fuzzer's thread (the host runs a transaction on the calling
@@ -200,6 +193,107 @@ std::list<QelClient::Resource> resourceList(FuzzedDataProvider& in) {
     return list;
 }
 
+// What one step of an input may do: each reply-carrying operation of both APIs, a report to a
+// kept listener, or a restart. The row is picked by the input; the order of the rows is part of
+// the corpus's format. Listening registrations are kept, to be dropped at the end of the input.
+std::vector<int> registrations;
+using Step = void (*)(FuzzedDataProvider& in, int step);
+// A count of states is -1 or the number of states given.
+void requireCount(int result, size_t states) {
+    require(result == -1 || result == static_cast<int>(states));
+}
+
+const Step kSteps[] = {
+        [](FuzzedDataProvider& in, int) {
+            std::list<QelClient::Resource> query = resourceList(in), states;
+            const int result = drelHalclient::drelResStateRequest(query, 0, states);
+            requireCount(result, states.size());
+        },
+        [](FuzzedDataProvider&, int) {
+            std::vector<std::string> states;
+            const int result = drelHalclient::drel_res_state_request_by_path({"/a", "/b"},
+                                                                             {"1", "2"}, 0, states);
+            requireCount(result, states.size());
+        },
+        [](FuzzedDataProvider&, int) {
+            std::map<std::string, std::string> states;
+            const int result =
+                    drelHalclient::drel_res_state_request_map_by_path({{"/a", "1"}}, 0, states);
+            requireCount(result, states.size());
+        },
+        [](FuzzedDataProvider&, int) {
+            std::vector<QelClient::Resource> resources{{0, "x"}, {1, std::nullopt}, {2, "y"}};
+            const int result = QelMutiResStateRequest(resources);
+            require(result >= -1 && result <= 3);
+        },
+        [](FuzzedDataProvider& in, int) {
+            std::string value = "unchanged";
+            QelResStateRequest(in.ConsumeIntegralInRange<int>(0, 3), value);
+        },
+        [](FuzzedDataProvider&, int) {
+            std::string history;
+            const int result = QelGetHistory(history);
+            require(result == 0 || (result == -1 && history.empty()));
+        },
+        [](FuzzedDataProvider& in, int) { QelGetPMStatus(in.ConsumeIntegralInRange<int>(0, 3)); },
+        [](FuzzedDataProvider& in, int) {
+            std::list<QelClient::Resource> resources = resourceList(in);
+            drelHalclient::drelResCtlRequest(1, 0, resources, 0, 0, 0, std::make_shared<Caller>());
+        },
+        [](FuzzedDataProvider& in, int) {
+            drelHalclient::drelSACtlRequest(1, 0, in.ConsumeIntegral<int32_t>(), 0, 0, 0,
+                                            std::make_shared<Caller>());
+        },
+        [](FuzzedDataProvider&, int) {
+            drelHalclient::drel_resctl_request_with_callback_by_path(1, 0, {"/a"}, {"1"}, 0, 0, 0,
+                                                                     std::make_shared<Caller>());
+        },
+        [](FuzzedDataProvider&, int step) {
+            // A list of its own each time: an equal list would be refused before the call.
+            std::list<QelClient::Resource> ids{{step + 1, std::nullopt}};
+            registrations.push_back(
+                    drelHalclient::drelResListeningRegister(ids, 0, std::make_shared<Caller>()));
+        },
+        [](FuzzedDataProvider&, int step) {
+            registrations.push_back(drelHalclient::drel_res_listening_register_by_path(
+                    {"/p" + std::to_string(step)}, 0, std::make_shared<Caller>()));
+        },
+        [](FuzzedDataProvider&, int) {
+            registrations.push_back(drelHalclient::drelThermalListeningRegister(
+                    {0, 1}, std::make_shared<Caller>()));
+        },
+        [](FuzzedDataProvider& in, int) {
+            // A report to a listener kept from an earlier registration.
+            const auto& listeners = service->listeners;
+            if (!listeners.empty()) {
+                listeners[in.ConsumeIntegralInRange<size_t>(0, listeners.size() - 1)]->onCallback(
+                        fuzzedRecords(in));
+            }
+        },
+        [](FuzzedDataProvider&, int) {
+            char* value = drelHalclient::drelPropertyGet("fuzz");
+            require(value != nullptr);
+            delete[] value;
+        },
+        [](FuzzedDataProvider& in, int) {
+            // A restart: the next calls of both APIs reconnect.
+            if (in.ConsumeIntegralInRange<int>(0, 7) != 0) return;
+            service->in = nullptr;
+            hostbinder::killService(kInstance);
+            hostbinder::waitIdle();
+            startService();
+            service->in = &in;
+        },
+        [](FuzzedDataProvider& in, int) {
+            QelEventAcquire(in.ConsumeIntegral<int>(), "pkg", "id", 0, {{1, "1"}});
+            qelInit();
+        },
+        [](FuzzedDataProvider&, int) {
+            drelHalclient::drel_init();
+            qelRuleCtl(1, 1, {});
+        },
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -210,113 +304,11 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
     service->in = &in;
-    std::vector<int> registrations;
     for (int step = 0; step < 24 && in.remaining_bytes() > 0; ++step) {
-        switch (in.ConsumeIntegralInRange<int>(0, 17)) {
-            case 0: {
-                std::list<QelClient::Resource> query = resourceList(in), states;
-                const int result = drelHalclient::drelResStateRequest(query, 0, states);
-                require(result == -1 || result == static_cast<int>(states.size()));
-                break;
-            }
-            case 1: {
-                std::vector<std::string> states;
-                const int result = drelHalclient::drel_res_state_request_by_path(
-                        {"/a", "/b"}, {"1", "2"}, 0, states);
-                require(result == -1 || result == static_cast<int>(states.size()));
-                break;
-            }
-            case 2: {
-                std::map<std::string, std::string> states;
-                const int result =
-                        drelHalclient::drel_res_state_request_map_by_path({{"/a", "1"}}, 0, states);
-                require(result == -1 || result == static_cast<int>(states.size()));
-                break;
-            }
-            case 3: {
-                std::vector<QelClient::Resource> resources{{0, "x"}, {1, std::nullopt}, {2, "y"}};
-                const int result = QelMutiResStateRequest(resources);
-                require(result >= -1 && result <= 3);
-                break;
-            }
-            case 4: {
-                std::string value = "unchanged";
-                QelResStateRequest(in.ConsumeIntegralInRange<int>(0, 3), value);
-                break;
-            }
-            case 5: {
-                std::string history;
-                const int result = QelGetHistory(history);
-                require(result == 0 || (result == -1 && history.empty()));
-                break;
-            }
-            case 6:
-                QelGetPMStatus(in.ConsumeIntegralInRange<int>(0, 3));
-                break;
-            case 7: {
-                std::list<QelClient::Resource> resources = resourceList(in);
-                drelHalclient::drelResCtlRequest(1, 0, resources, 0, 0, 0,
-                                                 std::make_shared<Caller>());
-                break;
-            }
-            case 8:
-                drelHalclient::drelSACtlRequest(1, 0, in.ConsumeIntegral<int32_t>(), 0, 0, 0,
-                                                std::make_shared<Caller>());
-                break;
-            case 9:
-                drelHalclient::drel_resctl_request_with_callback_by_path(
-                        1, 0, {"/a"}, {"1"}, 0, 0, 0, std::make_shared<Caller>());
-                break;
-            case 10: {
-                // A list of its own each time: an equal list would be refused before the call.
-                std::list<QelClient::Resource> ids{{step + 1, std::nullopt}};
-                registrations.push_back(drelHalclient::drelResListeningRegister(
-                        ids, 0, std::make_shared<Caller>()));
-                break;
-            }
-            case 11:
-                registrations.push_back(drelHalclient::drel_res_listening_register_by_path(
-                        {"/p" + std::to_string(step)}, 0, std::make_shared<Caller>()));
-                break;
-            case 12:
-                registrations.push_back(drelHalclient::drelThermalListeningRegister(
-                        {0, 1}, std::make_shared<Caller>()));
-                break;
-            case 13:
-                // A report to a listener kept from an earlier registration.
-                if (!service->listeners.empty()) {
-                    service->listeners[in.ConsumeIntegralInRange<size_t>(
-                                               0, service->listeners.size() - 1)]
-                            ->onCallback(fuzzedRecords(in));
-                }
-                break;
-            case 14: {
-                char* value = drelHalclient::drelPropertyGet("fuzz");
-                require(value != nullptr);
-                delete[] value;
-                break;
-            }
-            case 15:
-                // A restart: the next calls of both APIs reconnect.
-                if (in.ConsumeIntegralInRange<int>(0, 7) == 0) {
-                    service->in = nullptr;
-                    hostbinder::killService(kInstance);
-                    hostbinder::waitIdle();
-                    startService();
-                    service->in = &in;
-                }
-                break;
-            case 16:
-                QelEventAcquire(in.ConsumeIntegral<int>(), "pkg", "id", 0, {{1, "1"}});
-                qelInit();
-                break;
-            default:
-                drelHalclient::drel_init();
-                qelRuleCtl(1, 1, {});
-                break;
-        }
+        kSteps[in.ConsumeIntegralInRange<size_t>(0, std::size(kSteps) - 1)](in, step);
     }
     for (int handle : registrations) drelHalclient::drelResListeningUnRegister(handle);
+    registrations.clear();
     // What is left of one input is gone before the next: every one-shot callback never reported
     // gets an empty report (which calls no caller code), and every listener is dropped.
     for (const auto& callback : service->oneShots) callback->onCallback({});

@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <iterator>
 #include <string>
 #include <vector>
 
@@ -82,6 +83,41 @@ std::shared_ptr<RecordingService> service;
 constexpr int kSources[] = {1,  2,  3,   5,   6,   8,   9,   10,  11,   12,  14,
                             15, 16, 102, 110, 111, 129, 130, 131, 1000, 9000};
 
+// The entry points, in the order the corpus picks them by.
+using Entry = void (*)(FuzzedDataProvider& in);
+const Entry kEntries[] = {
+        [](FuzzedDataProvider& in) {
+            int src = in.ConsumeBool() ? in.PickValueInArray(kSources) : in.ConsumeIntegral<int>();
+            int type = in.ConsumeBool() ? in.ConsumeIntegralInRange<int>(-1, 2)
+                                        : in.ConsumeIntegral<int>();
+            int param = in.ConsumeIntegral<int>();
+            std::string name = in.ConsumeRandomLengthString(32);
+            std::string text = in.ConsumeRemainingBytesAsString();
+            int before = service->ruleControls;
+            require(QelNotifyWapper(name, src, type, param, 0, 0, text) == 0);
+            require(service->ruleControls - before <= 1);
+        },
+        [](FuzzedDataProvider& in) {
+            std::string eventId;
+            if (in.ConsumeBool() && !gActionList.empty()) {
+                size_t at = in.ConsumeIntegralInRange<size_t>(0, gActionList.size() - 1);
+                eventId = in.ConsumeBytesAsString(7) + gActionList[at] +
+                          in.ConsumeRandomLengthString(4);
+            } else {
+                eventId = in.ConsumeRandomLengthString(64);
+            }
+            int timeout = in.ConsumeIntegral<int>();
+            std::string scene = in.ConsumeRandomLengthString(32);
+            std::string identity = in.ConsumeRemainingBytesAsString();
+            int before = service->requests;
+            int handle = QelEventAcquireWrapper(eventId, scene, identity, timeout);
+            int made = service->requests - before;
+            require(made <= 1 && (handle == -1 || made == 1));
+            if (eventId.rfind("PRAXEL_", 0) != 0) require(handle == -1 && made == 0);
+        },
+        [](FuzzedDataProvider& in) { require(QelReleaseWapper(in.ConsumeIntegral<int>()) == 0); },
+};
+
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
@@ -92,36 +128,6 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     FuzzedDataProvider in(data, size);
-    int entry = in.ConsumeIntegralInRange<int>(0, 2);
-    if (entry == 0) {
-        int src = in.ConsumeBool() ? in.PickValueInArray(kSources) : in.ConsumeIntegral<int>();
-        int type = in.ConsumeBool() ? in.ConsumeIntegralInRange<int>(-1, 2)
-                                    : in.ConsumeIntegral<int>();
-        int param = in.ConsumeIntegral<int>();
-        std::string name = in.ConsumeRandomLengthString(32);
-        std::string text = in.ConsumeRemainingBytesAsString();
-        int before = service->ruleControls;
-        require(QelNotifyWapper(name, src, type, param, 0, 0, text) == 0);
-        require(service->ruleControls - before <= 1);
-    } else if (entry == 1) {
-        std::string eventId;
-        if (in.ConsumeBool() && !gActionList.empty()) {
-            size_t at = in.ConsumeIntegralInRange<size_t>(0, gActionList.size() - 1);
-            eventId =
-                    in.ConsumeBytesAsString(7) + gActionList[at] + in.ConsumeRandomLengthString(4);
-        } else {
-            eventId = in.ConsumeRandomLengthString(64);
-        }
-        int timeout = in.ConsumeIntegral<int>();
-        std::string scene = in.ConsumeRandomLengthString(32);
-        std::string identity = in.ConsumeRemainingBytesAsString();
-        int before = service->requests;
-        int handle = QelEventAcquireWrapper(eventId, scene, identity, timeout);
-        int made = service->requests - before;
-        require(made <= 1 && (handle == -1 || made == 1));
-        if (eventId.rfind("PRAXEL_", 0) != 0) require(handle == -1 && made == 0);
-    } else {
-        require(QelReleaseWapper(in.ConsumeIntegral<int>()) == 0);
-    }
+    kEntries[in.ConsumeIntegralInRange<size_t>(0, std::size(kEntries) - 1)](in);
     return 0;
 }

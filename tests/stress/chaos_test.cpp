@@ -1,13 +1,13 @@
-// Chaos: T caller threads run a bounded random mix of the operations of the class API, the flat
-// API and the action wrapper against the example service, while the chaos thread kills and
-// restarts the service at random moments and the service itself fails, errs and stalls at random
-// (FaultyDrel, seeded).
+// Chaos: T caller threads run a random mix of every operation of the class API, the flat API and
+// the action wrapper (kOperations) while the chaos thread kills and restarts the example service
+// at random moments and the service fails, errs and stalls at random (FaultyDrel, seeded).
 //
-// What must hold: nothing crashes; the run ends within its bound (a watchdog ends the process
-// otherwise); every result is -1 or a value the service gave; after each restart the next call
-// of each API succeeds without any action of the caller; at the end the registries hold no
-// listening registration and only one-shot clients whose service never reported, each once. The
-// sanitizer presets run it under ASan, LSan and TSan.
+// What must hold: nothing crashes or hangs (a watchdog ends the process); every result is -1 or a
+// value the service gave (or the one the operation promises); after each restart the next call of
+// each API succeeds; one-shot callbacks are called once at most; at the end the registries hold
+// no listening registration and only one-shot clients never reported on, each once, and a
+// listener whose unregistration the service confirmed hears nothing more. The sanitizer presets
+// run it under ASan, LSan and TSan.
 //
 // Parameters (environment): QEL_STRESS_THREADS (8), QEL_STRESS_KILLS (100),
 // QEL_STRESS_INTERVAL_MS (longest wait between kills, 20), QEL_STRESS_SEED (1),
@@ -19,6 +19,8 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
+#include <functional>
+#include <iterator>
 #include <list>
 #include <map>
 #include <memory>
@@ -46,6 +48,7 @@ using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
 using ::ndk::ScopedAStatus;
+using H = drelHalclient;
 using Resources = std::list<QelClient::Resource>;
 
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
@@ -155,24 +158,20 @@ private:
         return status;
     }
     static ScopedAStatus failure(int roll, uint64_t r) {
-        switch (roll % 4) {
-            case 0:
-                return ScopedAStatus::fromServiceSpecificError(-static_cast<int32_t>(r % 64));
-            case 1:
-                return ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-            case 2:
-                return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
-            default:
-                return ScopedAStatus::fromStatus(STATUS_NO_MEMORY);
+        if (roll % 4 == 0) {
+            return ScopedAStatus::fromServiceSpecificError(-static_cast<int32_t>(r % 64));
         }
+        if (roll % 4 == 1) return ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+        return ScopedAStatus::fromStatus(roll % 4 == 2 ? STATUS_FAILED_TRANSACTION
+                                                       : STATUS_NO_MEMORY);
     }
 
     const uint64_t seed_;
     std::atomic<uint64_t> next_{0};
 };
 
-// A caller's callback of either form: a one-shot one is called once at most, and every report
-// holds values the service holds.
+// A caller's callback of either form: a one-shot one is called once at most, a dropped listener
+// never, and every report holds values the service holds.
 class Callback : public IClientCallback, public IClientCallbackByPath {
 public:
     explicit Callback(bool oneShot) : oneShot_(oneShot) {}
@@ -186,10 +185,12 @@ public:
         for (const std::string& value : values) check(value);
     }
     std::atomic<int> calls{0};
+    std::atomic<bool> dropped{false};
 
 private:
     void called() {
         if (++calls > 1 && oneShot_) finding("a one-shot callback called twice");
+        if (dropped) finding("a report to a listener the service had dropped");
     }
     static void check(const std::string& value) {
         if (!isServiceValue(value)) finding("a report of \"", value, "\"");
@@ -201,242 +202,106 @@ private:
 std::mutex oneShotMutex;
 std::vector<std::shared_ptr<Callback>> oneShots;
 
-std::shared_ptr<Callback> newOneShot() {
-    std::lock_guard<std::mutex> lock(oneShotMutex);
-    return oneShots.emplace_back(std::make_shared<Callback>(true));
-}
-
-// A result must be -1 or an answer the service gave.
-void checkAnswer(const char* operation, int result) {
-    if (result != -1 && !serviceGave(result)) {
-        finding(operation, " returned ", result, ", which the service never answered");
-    }
-}
-
-// A query's result must be -1 (also: no count to check) or the number of values, and each value
-// one the service holds.
-void checkQuery(const char* operation, const std::vector<std::string>& values, int result = -1) {
-    if (result != -1 && result != static_cast<int>(values.size())) {
-        finding(operation, " returned ", result, " for ", values.size(), " values");
-    }
-    for (const std::string& value : values) {
-        if (!isServiceValue(value)) finding(operation, " gave \"", value, "\"");
-    }
-}
-
 // Callers run each step inside a shared hold of `gate`; the chaos thread pauses them by taking
 // it whole, holding `turnstile` meanwhile so that no caller starts another step.
 std::mutex turnstile;
 std::shared_mutex gate;
 
-// One caller thread: a random operation per step, keeping the handles and registrations it owns
+// What an operation's result must be: a handle to keep (and give back through the same API), a
+// listening registration to keep (and unregister), -1 or an answer the service gave, 0, 0 or -1,
+// or anything (the operation checks what it got itself).
+enum Check { kClass, kFlat, kWrapper, kListening, kThermal, kAnswer, kZero, kZeroOrFailed, kOwn };
+
+// One caller thread: the operations' random arguments, and the handles and registrations it owns
 // so that it can give them back.
 class Caller {
 public:
-    Caller(uint64_t seed, int index) : index_(index), rng_(seed * 7919 + index) {}
+    Caller(uint64_t seed, int index) : index(index), rng_(seed * 7919 + index) {}
 
-    void step() {
-        { std::lock_guard<std::mutex> wait(turnstile); }
-        std::shared_lock<std::shared_mutex> inside(gate);
-        const int timeout = coin() ? 0 : 1 + below(100);
-        Resources resources{{poolId(), valueText()}, {poolId(), valueText()}};
-        std::vector<QelClient::Resource> flat(resources.begin(), resources.end());
-        auto listener = std::make_shared<Callback>(false);
-        std::vector<std::string> values;
-        switch (below(17)) {
-            case 0:
-                keep(kClass, coin() ? drelHalclient::drelResCtlRequest(index_, timeout, resources,
-                                                                       0, 1, 0, newOneShot())
-                                    : drelHalclient::drelResCtlRequest(index_, timeout, resources,
-                                                                       0, 1, 0));
-                break;
-            case 1:
-                keep(kClass,
-                     coin() ? drelHalclient::drelSACtlRequest(index_, timeout, poolId(), 0, 0, 0,
-                                                              newOneShot())
-                            : drelHalclient::drelSACtlRequest(index_, timeout, poolId(), 0, 0, 0));
-                break;
-            case 2:
-                keep(kClass,
-                     coin() ? drelHalclient::drel_resctl_request_with_callback_by_path(
-                                      index_, timeout, {poolPath()}, {valueText()}, 0, 0, 0,
-                                      newOneShot())
-                            : drelHalclient::drel_resctl_request_by_path(
-                                      index_, timeout, {poolPath()}, {valueText()}, 0, 0, 0));
-                break;
-            case 3:
-                giveBack();
-                break;
-            case 4: {
-                // Each registration also listens to an id of its own, so no two lists are equal.
-                Resources ids{{poolId(), std::nullopt}, {ownId(), std::nullopt}};
-                remember(drelHalclient::drelResListeningRegister(ids, 0, listener), listener);
-                break;
-            }
-            case 5: {
-                const std::string own = "/stress/own" + std::to_string(ownId());
-                remember(coin() ? drelHalclient::drel_res_listening_register_by_path(
-                                          {poolPath(), own}, 0, listener)
-                                : drelHalclient::drel_res_listening_register_map_by_path(
-                                          {{poolPath(), ""}, {own, ""}}, 0, listener),
-                         listener);
-                break;
-            }
-            case 6: {
-                remember(
-                        drelHalclient::drelThermalListeningRegister({below(4), below(4)}, listener),
-                        listener, true);
-                Resources levels{{below(4), valueText()}};
-                checkAnswer("drelThermalNotify", drelHalclient::drelThermalNotify(levels, 0));
-                break;
-            }
-            case 7:
-                unregisterOldest();
-                break;
-            case 8: {
-                Resources states;
-                const int result = drelHalclient::drelResStateRequest(resources, 0, states);
-                for (const auto& state : states) values.push_back(state.resValue.value_or(""));
-                checkQuery("drelResStateRequest", values, result);
-                break;
-            }
-            case 9: {
-                const std::string path = poolPath();
-                std::map<std::string, std::string> states;
-                const int result =
-                        drelHalclient::drel_res_state_request_map_by_path({{path, ""}}, 0, states);
-                for (const auto& [statePath, value] : states) {
-                    if (statePath != path) finding("a state of an unasked path ", statePath);
-                    values.push_back(value);
-                }
-                checkQuery("drel_res_state_request_map_by_path", values, result);
-                std::vector<std::string> byPath;
-                checkQuery("drel_res_state_request_by_path", byPath,
-                           drelHalclient::drel_res_state_request_by_path({poolPath(), poolPath()},
-                                                                         {}, 0, byPath));
-                break;
-            }
-            case 10: {
-                const std::string name = "stress.p" + std::to_string(below(4));
-                checkAnswer("drelPropertySet",
-                            drelHalclient::drelPropertySet(name, "v" + valueText()));
-                char* value = drelHalclient::drelPropertyGet(name);
-                const std::string text(value);
-                delete[] value;
-                if (!text.empty() && (text[0] != 'v' || !isServiceValue(text.substr(1)))) {
-                    finding("drelPropertyGet gave \"", text, "\", which nobody set");
-                }
-                drelHalclient::drel_init();
-                const int dumped = drelHalclient::drelDumpActiveResMap();
-                if (dumped != 0 && dumped != -1) finding("a dump answered ", dumped);
-                break;
-            }
-            case 11: {
-                const int kind = below(3);
-                keep(kFlat, kind == 0   ? QelEventAcquire(below(199), "pkg", "id", timeout, flat)
-                            : kind == 1 ? QelResAcquire(flat, 0, "id", timeout)
-                                        : QelPlatformResAcquire(flat, 0, "id", "pkg", timeout));
-                break;
-            }
-            case 12: {
-                // Entries the service did not answer keep the caller's "0".
-                std::vector<QelClient::Resource> query{{poolId(), "0"}, {poolId(), "0"}};
-                const int counted = QelMutiResStateRequest(query);
-                if (counted < -1 || counted > 2) finding("QelMutiResStateRequest: ", counted);
-                std::string value = "0";
-                QelResStateRequest(poolId(), value);
-                checkQuery("QelMutiResStateRequest or QelResStateRequest",
-                           {query[0].resValue.value_or(""), query[1].resValue.value_or(""), value});
-                break;
-            }
-            case 13: {
-                std::string history;
-                const int result = QelGetHistory(history);
-                const bool whole = history.rfind("start:", 0) == 0 &&
-                                   history.find(";end", history.size() - 4) != std::string::npos;
-                if (result == -1 ? !history.empty() : (result != 0 || !whole)) {
-                    finding("QelGetHistory gave ", result, " \"", history, "\"");
-                }
-                const int status = QelGetPMStatus(poolId());
-                if (status < -1 || status > 999) finding("QelGetPMStatus gave ", status);
-                if (qelInit() < -2) finding("qelInit answered below -2");
-                break;
-            }
-            case 14:
-                checkAnswer("qelRuleCtl", qelRuleCtl(below(8), below(2), flat));
-                checkAnswer("setRelatedSysInfo", setRelatedSysInfo(below(8), index_));
-                checkAnswer("QelNotify", QelNotify(below(8), 1, {1, 2}));
-                break;
-            case 15: {
-                // A name of the catalogue or, now and then, one that is none.
-                const std::string name =
-                        below(10) ? gActionList[below(static_cast<int>(gActionList.size()))] : "NO";
-                keep(kWrapper, QelEventAcquireWrapper("PRAXEL_" + name, "scene", "id", timeout));
-                break;
-            }
-            default: {
-                // Every scenario kind of the wrapper, with texts for the rules that take one.
-                const int sources[] = {1, 2, 3, 8, 9, 14, 15, 102, 111, 129, 130, 131, 1000, 9000};
-                const char* texts[] = {"0-80,1-90", "colocation:1,groupmigrate:95-85", "1,2;3,4",
-                                       ""};
-                if (QelNotifyWapper("stress", sources[below(14)], below(3) - 1, below(5), 0, 0,
-                                    texts[below(4)]) != 0) {
-                    finding("QelNotifyWapper answered other than 0");
-                }
-                break;
-            }
-        }
-    }
+    void step();
 
     // Gives back every registration and handle (the service is up and faults are off by now).
-    // The bound only keeps a broken library from hanging here.
+    // The bound only keeps a broken library from hanging here. Then the listeners whose
+    // unregistration the service confirmed must hear nothing more.
     void cleanUp() {
         for (int i = 0; i < 1000 && !registrations_.empty(); ++i) unregisterOldest();
         while (!handles_.empty()) giveBack();
+        for (const auto& gone : confirmed_) gone->dropped = true;
     }
 
+    int below(int bound) { return static_cast<int>(rng_() % static_cast<uint64_t>(bound)); }
+    int timeout() { return below(2) ? 0 : 1 + below(100); }
+    int32_t id() { return 0x01500000 + below(16); }
+    std::string path() { return "/stress/res" + std::to_string(below(16)); }
+    std::string value() { return std::to_string(1 + below(999)); }
+    std::string property() { return "stress.p" + std::to_string(below(4)); }
+    Resources& res() { return resources = {{id(), value()}, {id(), value()}}; }
+    std::vector<QelClient::Resource> flat() { return {{id(), value()}, {id(), value()}}; }
+    // An id or path of its own, so that no two registrations listen to equal lists.
+    int ownId() { return 0x02000000 + index * 0x10000 + (++serial_ & 0xffff); }
+    std::string ownPath() { return "/stress/own" + std::to_string(ownId()); }
+    std::shared_ptr<Callback> oneShot() {
+        std::lock_guard<std::mutex> lock(oneShotMutex);
+        return oneShots.emplace_back(std::make_shared<Callback>(true));
+    }
+    std::shared_ptr<Callback> listen() { return listener = std::make_shared<Callback>(false); }
+
+    // A query's result must be -1 (also: no count to check) or the number of values, and each
+    // value one the service holds.
+    int query(const std::vector<std::string>& values, int result = -1) {
+        if (result != -1 && result != static_cast<int>(values.size())) {
+            finding(operation, " returned ", result, " for ", values.size(), " values");
+        }
+        for (const std::string& v : values) {
+            if (!isServiceValue(v)) finding(operation, " gave \"", v, "\"");
+        }
+        return result;
+    }
+
+    const int index;
+    const char* operation = "";
+    Resources resources;
+    std::shared_ptr<Callback> listener;
+
 private:
-    enum Api { kClass, kFlat, kWrapper };
     struct Registration {
         int handle;
         std::shared_ptr<Callback> listener;
         bool thermal;
     };
 
-    int below(int bound) { return static_cast<int>(rng_() % static_cast<uint64_t>(bound)); }
-    bool coin() { return rng_() % 2 == 0; }
-    int32_t poolId() { return 0x01500000 + below(16); }
-    std::string poolPath() { return "/stress/res" + std::to_string(below(16)); }
-    std::string valueText() { return std::to_string(1 + below(999)); }
-    int ownId() { return 0x02000000 + index_ * 0x10000 + (++serial_ & 0xffff); }
+    void answer(int result) {
+        if (result != -1 && !serviceGave(result)) {
+            finding(operation, " returned ", result, ", which the service never answered");
+        }
+    }
 
-    // Keeps a handle the service gave; past eight, gives back the oldest.
-    void keep(Api api, int handle) {
-        checkAnswer("an acquire", handle);
+    // Past eight handles, gives back the oldest.
+    void keep(Check api, int handle) {
+        answer(handle);
         if (handle != -1) handles_.push_back({api, handle});
         if (handles_.size() > 8) giveBack();
     }
-
     void giveBack() {
         if (handles_.empty()) return;
         const auto [api, handle] = handles_.front();
         handles_.pop_front();
+        operation = "a release";
         if (api == kClass) {
-            checkAnswer("drelResCtlRelease", coin() ? drelHalclient::drelResCtlRelease(handle)
-                                                    : drelHalclient::drelSACtlRelease(handle));
+            answer(below(2) ? H::drelResCtlRelease(handle) : H::drelSACtlRelease(handle));
         } else if (api == kFlat) {
             QelRelease(handle);
-        } else if (QelReleaseWapper(handle) != 0) {
-            finding("QelReleaseWapper answered other than 0");
+        } else if (const int result = QelReleaseWapper(handle); result != 0) {
+            finding("QelReleaseWapper answered ", result);
         }
     }
 
-    void remember(int handle, std::shared_ptr<Callback> listener, bool thermal = false) {
-        checkAnswer("a listening registration", handle);
-        if (handle != -1) registrations_.push_back({handle, std::move(listener), thermal});
+    // Past four registrations, unregisters the oldest.
+    void remember(int handle, bool thermal) {
+        answer(handle);
+        if (handle != -1) registrations_.push_back({handle, listener, thermal});
         if (registrations_.size() > 4) unregisterOldest();
     }
-
     // A -1 may mean that the call was never made (another thread's failed call reset the
     // connection in between), which leaves the group in place: then the registration is tried
     // again later, until its group is gone.
@@ -444,13 +309,16 @@ private:
         if (registrations_.empty()) return;
         const Registration registration = registrations_.front();
         registrations_.pop_front();
+        operation = "an unregistration";
+        int result = -1;
         if (registration.thermal) {
-            checkAnswer("drelThermalListeningUnregister",
-                        drelHalclient::drelThermalListeningUnregister(registration.handle));
+            result = H::drelThermalListeningUnregister(registration.handle);
+            answer(result);
         }
         // Only this drops the group from callback_groups (a thermal one too).
-        checkAnswer("drelResListeningUnRegister",
-                    drelHalclient::drelResListeningUnRegister(registration.handle));
+        const int dropped = H::drelResListeningUnRegister(registration.handle);
+        answer(dropped);
+        if (!registration.thermal) result = dropped;
         std::lock_guard<std::mutex> lock(callback_group_mutex);
         for (const DrelCallbackGroup& group : callback_groups) {
             if (dynamic_cast<const void*>(group.client->clientCallback.get()) ==
@@ -461,29 +329,242 @@ private:
                 return;
             }
         }
-        // Kept alive, as a real caller would, for a report that may still be on its way.
-        orphans_.push_back(registration.listener);
+        // Kept alive, as a real caller would, for a report that may still be on its way. A 0 is
+        // the service's word that it dropped the listener (a restart drops them all anyway).
+        (result == 0 ? confirmed_ : orphans_).push_back(registration.listener);
     }
 
-    const int index_;
     std::mt19937_64 rng_;
     int serial_ = 0;
-    std::deque<std::pair<Api, int>> handles_;
+    std::deque<std::pair<Check, int>> handles_;
     std::deque<Registration> registrations_;
-    std::vector<std::shared_ptr<Callback>> orphans_;
+    std::vector<std::shared_ptr<Callback>> orphans_, confirmed_;
 };
+
+// Every operation of the three APIs with random arguments, and what its result must be.
+struct Operation {
+    const char* name;
+    Check check;
+    std::function<int(Caller&)> run;
+};
+const Operation kOperations[] = {
+        {"drelResCtlRequest (with a callback or none)", kClass,
+         [](Caller& c) {
+             const int t = c.timeout();
+             return c.below(2) ? H::drelResCtlRequest(c.index, t, c.res(), 0, 1, 0, c.oneShot())
+                               : H::drelResCtlRequest(c.index, t, c.res(), 0, 1, 0);
+         }},
+        {"drelSACtlRequest (with a callback or none)", kClass,
+         [](Caller& c) {
+             const int t = c.timeout();
+             return c.below(2) ? H::drelSACtlRequest(c.index, t, c.id(), 0, 0, 0, c.oneShot())
+                               : H::drelSACtlRequest(c.index, t, c.id(), 0, 0, 0);
+         }},
+        {"drel_resctl_request_by_path (with a callback or none)", kClass,
+         [](Caller& c) {
+             const int t = c.timeout();
+             return c.below(2) ? H::drel_resctl_request_with_callback_by_path(
+                                         c.index, t, {c.path()}, {c.value()}, 0, 0, 0, c.oneShot())
+                               : H::drel_resctl_request_by_path(c.index, t, {c.path()}, {c.value()},
+                                                                0, 0, 0);
+         }},
+        {"drelResListeningRegister", kListening,
+         [](Caller& c) {
+             Resources ids{{c.id(), std::nullopt}, {c.ownId(), std::nullopt}};
+             return H::drelResListeningRegister(ids, 0, c.listen());
+         }},
+        {"drel_res_listening_register_by_path", kListening,
+         [](Caller& c) {
+             return H::drel_res_listening_register_by_path({c.path(), c.ownPath()}, 0, c.listen());
+         }},
+        {"drel_res_listening_register_map_by_path", kListening,
+         [](Caller& c) {
+             return H::drel_res_listening_register_map_by_path({{c.path(), ""}, {c.ownPath(), ""}},
+                                                               0, c.listen());
+         }},
+        {"drelThermalListeningRegister", kThermal,
+         [](Caller& c) {
+             return H::drelThermalListeningRegister({c.below(4), c.below(4)}, c.listen());
+         }},
+        {"drelThermalNotify", kAnswer,
+         [](Caller& c) {
+             Resources levels{{c.below(4), c.value()}};
+             return H::drelThermalNotify(levels, 0);
+         }},
+        {"drelResStateRequest", kOwn,
+         [](Caller& c) {
+             Resources states;
+             const int result = H::drelResStateRequest(c.res(), 0, states);
+             std::vector<std::string> values;
+             for (const auto& state : states) values.push_back(state.resValue.value_or(""));
+             return c.query(values, result);
+         }},
+        {"drel_res_state_request_by_path", kOwn,
+         [](Caller& c) {
+             std::vector<std::string> states;
+             return c.query(states,
+                            H::drel_res_state_request_by_path({c.path(), c.path()}, {}, 0, states));
+         }},
+        {"drel_res_state_request_map_by_path", kOwn,
+         [](Caller& c) {
+             const std::string path = c.path();
+             std::map<std::string, std::string> states;
+             const int result = H::drel_res_state_request_map_by_path({{path, ""}}, 0, states);
+             std::vector<std::string> values;
+             for (const auto& [statePath, value] : states) {
+                 if (statePath != path) finding("a state of an unasked path ", statePath);
+                 values.push_back(value);
+             }
+             return c.query(values, result);
+         }},
+        {"drelPropertySet", kAnswer,
+         [](Caller& c) { return H::drelPropertySet(c.property(), "v" + c.value()); }},
+        {"drelPropertyGet", kOwn,
+         [](Caller& c) {
+             char* value = H::drelPropertyGet(c.property());
+             const std::string text(value);
+             delete[] value;
+             if (!text.empty() && (text[0] != 'v' || !isServiceValue(text.substr(1)))) {
+                 finding("drelPropertyGet gave \"", text, "\", which nobody set");
+             }
+             return 0;
+         }},
+        {"drel_init", kOwn, [](Caller&) { return H::drel_init(), 0; }},
+        {"a diagnostic", kZeroOrFailed,
+         [](Caller& c) {
+             int (*const diagnostics[])() = {H::drelDumpToDoQueue,
+                                             H::drelDumpRunMap,
+                                             H::drelDumpActiveResMap,
+                                             H::drelDumpResRequest,
+                                             H::drelDumpResInfo,
+                                             H::drelDumpSAInfo,
+                                             H::drelDumpPidFdList,
+                                             H::drelDumpPidfdMonitorMap,
+                                             H::drelDumpResRecordList,
+                                             H::drelHistoryRequestRecordOn,
+                                             H::drelHistoryRequestRecordOff};
+             return diagnostics[c.below(11)]();
+         }},
+        {"qelInit", kOwn,
+         [](Caller&) {
+             const int result = qelInit();
+             if (result < -2) finding("qelInit answered ", result);
+             return result;
+         }},
+        {"QelEventAcquire", kFlat,
+         [](Caller& c) {
+             return QelEventAcquire(c.below(199), "pkg", "id", c.timeout(), c.flat());
+         }},
+        {"QelResAcquire", kFlat,
+         [](Caller& c) { return QelResAcquire(c.flat(), 0, "id", c.timeout()); }},
+        {"QelPlatformResAcquire", kFlat,
+         [](Caller& c) { return QelPlatformResAcquire(c.flat(), 0, "id", "pkg", c.timeout()); }},
+        {"QelNotify", kAnswer,
+         [](Caller& c) {
+             return QelNotify(c.below(8), 1, {1, 2});
+         }},
+        {"QelMutiResStateRequest", kOwn,
+         [](Caller& c) {
+             // Entries the service did not answer keep the caller's "0".
+             std::vector<QelClient::Resource> query{{c.id(), "0"}, {c.id(), "0"}};
+             const int counted = QelMutiResStateRequest(query);
+             if (counted < -1 || counted > 2) finding("QelMutiResStateRequest counted ", counted);
+             return c.query({query[0].resValue.value_or(""), query[1].resValue.value_or("")});
+         }},
+        {"QelResStateRequest", kOwn,
+         [](Caller& c) {
+             std::string value = "0";
+             QelResStateRequest(c.id(), value);
+             return c.query({value});
+         }},
+        {"QelGetHistory", kOwn,
+         [](Caller&) {
+             std::string history;
+             const int result = QelGetHistory(history);
+             const bool whole = history.rfind("start:", 0) == 0 &&
+                                history.find(";end", history.size() - 4) != std::string::npos;
+             if (result == -1 ? !history.empty() : (result != 0 || !whole)) {
+                 finding("QelGetHistory gave ", result, " \"", history, "\"");
+             }
+             return result;
+         }},
+        {"QelGetPMStatus", kOwn,
+         [](Caller& c) {
+             const int status = QelGetPMStatus(c.id());
+             if (status < -1 || status > 999) finding("QelGetPMStatus gave ", status);
+             return status;
+         }},
+        {"qelRuleCtl", kAnswer,
+         [](Caller& c) { return qelRuleCtl(c.below(8), c.below(2), c.flat()); }},
+        {"setRelatedSysInfo", kAnswer,
+         [](Caller& c) { return setRelatedSysInfo(c.below(8), c.index); }},
+        {"QelEventAcquireWrapper", kWrapper,
+         [](Caller& c) {
+             // A name of the catalogue or, now and then, one that is none.
+             const int at = c.below(static_cast<int>(gActionList.size()));
+             const std::string name = c.below(10) ? gActionList[at] : "NO";
+             return QelEventAcquireWrapper("PRAXEL_" + name, "scene", "id", c.timeout());
+         }},
+        {"QelNotifyWapper", kZero,
+         [](Caller& c) {
+             // Every scenario kind of the wrapper, with texts for the rules that take one.
+             const int sources[] = {1, 2, 3, 8, 9, 14, 15, 102, 111, 129, 130, 131, 1000, 9000};
+             const char* texts[] = {"0-80,1-90", "colocation:1,groupmigrate:95-85", "1,2;3,4", ""};
+             return QelNotifyWapper("stress", sources[c.below(14)], c.below(3) - 1, c.below(5), 0,
+                                    0, texts[c.below(4)]);
+         }},
+};
+
+// A random operation, or (one step in eight) a release or an unregistration of the oldest.
+void Caller::step() {
+    { std::lock_guard<std::mutex> wait(turnstile); }
+    std::shared_lock<std::shared_mutex> inside(gate);
+    const int pick = below(static_cast<int>(std::size(kOperations)) + 4);
+    if (pick >= static_cast<int>(std::size(kOperations))) {
+        return pick % 2 ? giveBack() : unregisterOldest();
+    }
+    const Operation& row = kOperations[pick];
+    operation = row.name;
+    const int result = row.run(*this);
+    if (row.check == kListening || row.check == kThermal) {
+        remember(result, row.check == kThermal);
+    } else if (row.check == kAnswer) {
+        answer(result);
+    } else if (row.check == kZero || row.check == kZeroOrFailed) {
+        if (result != 0 && (row.check == kZero || result != -1)) {
+            finding(operation, " answered ", result);
+        }
+    } else if (row.check != kOwn) {
+        keep(row.check, result);
+    }
+}
 
 // With the callers paused, the service back and every death delivered, the first call of each
 // API must succeed without the caller doing anything first.
 void checkNextCallsSucceed(int restart) {
     faultsOn = false;
-    EXPECT_EQ(0, drelHalclient::drelPropertySet("stress.restart", std::to_string(restart)))
+    EXPECT_EQ(0, H::drelPropertySet("stress.restart", std::to_string(restart)))
             << "class API after restart " << restart;
     EXPECT_EQ(0, setRelatedSysInfo(99, restart)) << "flat API after restart " << restart;
     const int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "stress", "check", 0);
     EXPECT_TRUE(handle != -1 && serviceGave(handle)) << "wrapper after restart " << restart;
     EXPECT_EQ(0, QelReleaseWapper(handle));
     faultsOn = true;
+}
+
+// Changes every resource and thermal level a listener may hear of (each twice, so that one
+// change at least is a change), for dropped listeners to hear nothing of.
+void changeEverything() {
+    for (const char* value : {"998", "999"}) {
+        for (int i = 0; i < 16; ++i) {
+            Resources byId{{0x01500000 + i, value}};
+            EXPECT_NE(-1, H::drelResCtlRequest(0, 0, byId, 0, 1, 0));
+            const std::string path = "/stress/res" + std::to_string(i);
+            EXPECT_NE(-1, H::drel_resctl_request_by_path(0, 0, {path}, {value}, 0, 0, 0));
+        }
+        Resources levels{{0, value}, {1, value}, {2, value}, {3, value}};
+        H::drelThermalNotify(levels, 0);  // -1 when no listener is left to hear it
+    }
 }
 
 // No listening registration is left after its unregistration, and only one-shot clients whose
@@ -521,7 +602,7 @@ TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
                 static_cast<unsigned long long>(seed));
 
     hostbinder::reset();
-    Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)), nullptr);
+    Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)));
     uint64_t generation = seed;
     std::shared_ptr<FaultyDrel> service;
     auto startService = [&] {
@@ -542,7 +623,6 @@ TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
 
     std::mt19937_64 chaos(seed * 31 + 17);
     for (int k = 1; k <= kills; ++k) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos() % intervalMs));
         // Half of the kills land in the middle of traffic; the other half in a quiet moment, so
         // that the call checked afterwards is truly the first one after the restart.
         const bool quiet = chaos() % 2 == 0;
@@ -559,12 +639,19 @@ TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
         if (!quiet) pause();
         hostbinder::waitIdle();
         checkNextCallsSucceed(k);
+        // The callers go on; the last service instance too gets its share of traffic.
+        paused.unlock();
+        stopEntering.unlock();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos() % intervalMs));
     }
 
     faultsOn = false;
     stop = true;
     for (std::thread& worker : workers) worker.join();
+    hostbinder::waitIdle();
     for (auto& caller : callers) caller->cleanUp();
+    hostbinder::waitIdle();
+    changeEverything();
     hostbinder::waitIdle();
 
     checkRegistries();

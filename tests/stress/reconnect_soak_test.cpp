@@ -1,7 +1,7 @@
 // Reconnect soak: the service is killed and restarted many times, each restart followed by one
-// call of the class API and one of the flat API, which must succeed. Each reconnect links a new
-// death recipient and replaces the previous one; the replaced recipients must be freed, so the
-// heap in use must not grow with the number of cycles.
+// call of the class API, one of the flat API and one of the action wrapper, which must succeed.
+// Each reconnect links a new death recipient and replaces the previous one; the replaced recipients
+// must be freed, so the heap in use must not grow with the number of cycles.
 //
 // Parameters (environment): QEL_SOAK_CYCLES (10000), QEL_SOAK_GROWTH_BYTES (the bound on growth
 // from the end of the warm-up to the end, 131072), QEL_STRESS_BOUND_S (deadlock bound, 300).
@@ -14,6 +14,7 @@
 #include <cstdio>
 #include <string>
 
+#include "QelWrapper.h"
 #include "drel-service/DrelService.h"
 #include "halclient.h"
 #include "qel.h"
@@ -53,15 +54,16 @@ long cycle(std::shared_ptr<DrelService>& service, long i) {
     hostbinder::waitIdle();
     service = ::ndk::SharedRefBase::make<DrelService>();
     EXPECT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), instance));
+    const int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "soak", "id", 0);
     return (drelHalclient::drelPropertySet("soak", std::to_string(i % 1000)) != 0) +
-           (setRelatedSysInfo(1, i) != 0);
+           (setRelatedSysInfo(1, i) != 0) + (handle == -1) + (QelReleaseWapper(handle) != 0);
 }
 
 TEST(ReconnectSoakTest, ReconnectingAfterEveryRestartDoesNotGrowTheHeap) {
     const long cycles = std::max(100L, envLong("QEL_SOAK_CYCLES", 10000));
     const long bound = envLong("QEL_SOAK_GROWTH_BYTES", 131072);
     const long warmUp = cycles / 10;
-    Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)), nullptr);
+    Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)));
 
     hostbinder::reset();
     std::shared_ptr<DrelService> service;

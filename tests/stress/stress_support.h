@@ -4,7 +4,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <functional>
 #include <future>
 #include <thread>
 
@@ -23,12 +22,11 @@ inline long envLong(const char* name, long fallback) {
 // process dies with a message) instead of hanging CI.
 class Watchdog {
 public:
-    Watchdog(std::chrono::seconds bound, std::function<void()> onExpiry)
-        : thread_([done = disarmed_.get_future(), bound, onExpiry] {
+    explicit Watchdog(std::chrono::seconds bound)
+        : thread_([done = disarmed_.get_future(), bound] {
               if (done.wait_for(bound) == std::future_status::timeout) {
                   std::fprintf(stderr, "stress: no progress within %lld s, a deadlock\n",
                                static_cast<long long>(bound.count()));
-                  if (onExpiry) onExpiry();
                   std::abort();
               }
           }) {}
