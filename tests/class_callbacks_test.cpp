@@ -48,10 +48,10 @@ private:
 };
 
 // How a report reaches the caller's callback, and what another thread does meanwhile: a reset
-// after its failed call, which waits for the caller's hold of the connection lock, or the
-// service's death.
+// after its failed call, which waits for the caller's hold of the connection lock, the service's
+// death, or nothing.
 enum class Arrival { InsideRegister, InsideRequest, FromAServiceThreadLater };
-enum class Writer { Reset, Death };
+enum class Writer { Reset, Death, None };
 
 struct ReentryCase {
     const char* name;
@@ -101,6 +101,7 @@ protected:
     }
     // Returns once the writer waits for the connection lock, or the service is dead.
     void startWriter() {
+        if (GetParam().writer == Writer::None) return;
         if (GetParam().writer == Writer::Death) {
             std::thread([] { hostbinder::killService(kInstance); }).join();
             return;
@@ -140,6 +141,9 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
     std::rotate(results.begin(), results.end() - 1, results.end());  // the outer result first
     if (c.arrival == Arrival::FromAServiceThreadLater) report({wireRes(0x10, "5")});
     if (writer.joinable()) writer.join();
+    if (c.writer == Writer::None) {
+        EXPECT_FALSE(classConnected()) << "the nested failure's reset is made once the call ends";
+    }
 
     EXPECT_EQ(c.results, results);
     EXPECT_EQ(-1, failed);
@@ -176,6 +180,8 @@ INSTANTIATE_TEST_SUITE_P(NestedOrNot, ReentryTest, ::testing::Values(
                     Writer::Death, true, {-1, -1, -1, -1, -1, -1}, {}},
         ReentryCase{"AnswerInsideRequestWhileTheServiceDies", Arrival::InsideRequest,
                     Writer::Death, true, {-1, -1, -1, -1, -1, -1}, {}},
+        ReentryCase{"ReportInsideRegisterWithNoOtherWriter", Arrival::InsideRegister,
+                    Writer::None, true, {8, 3, 9, -1, 0, 3}, {8}},
         ReentryCase{"ReportInsideRegisterWithTheFlatApiNotConnected", Arrival::InsideRegister,
                     Writer::Reset, false, {8, 3, 9, -1, 0, -1}, {8}},
         ReentryCase{"ReportFromAServiceThreadAfterTheCall", Arrival::FromAServiceThreadLater,
