@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <condition_variable>
+#include <mutex>
+#include <streambuf>
 #include <thread>
 
 #include "halclient.h"
@@ -135,46 +137,28 @@ TEST_F(QelctlTest, AnEmptyHistoryFailsAndASemicolonInAPackageSplitsItsEntry) {
             << "the history text is cut at ';', so a ';' in a package splits its entry";
 }
 
-TEST_F(QelctlTest, AScriptIsCheckedWholeBeforeItsFirstLineRuns) {
-    QelctlRun r = run({"script", "-"}, "acquire -2 --res 0x01010010=1\nacquire 'unterminated\n");
-    EXPECT_EQ(2, r.status);
-    EXPECT_THAT(r.err, HasSubstr("qelctl: script line 2: unterminated ' quote"));
-    EXPECT_EQ(0u, service->liveRequestCount());
-    EXPECT_EQ(0, hostbinder::serviceManagerCalls());
-    EXPECT_EQ(2, run({"script", "-"}, "script -\n").status);
-    EXPECT_EQ(2, run({"script", "/nonexistent/qelctl.script"}).status);
-}
+// Reports are written from binder threads while the test waits for them: an unbuffered stream
+// buffer sees every character as it is written.
+struct WatchedOutput : std::streambuf {
+    bool waitFor(const std::string& part) {
+        std::unique_lock<std::mutex> lock(mutex);
+        return written.wait_for(lock, std::chrono::seconds(10),
+                                [&] { return text.find(part) != std::string::npos; });
+    }
+    int_type overflow(int_type c) override {
+        if (c == traits_type::eof()) return traits_type::not_eof(c);
+        std::lock_guard<std::mutex> lock(mutex);
+        text += traits_type::to_char_type(c);
+        written.notify_all();
+        return c;
+    }
+    std::mutex mutex;
+    std::condition_variable written;
+    std::string text;  // read without the lock once the writers have stopped
+};
 
 TEST_F(QelctlTest, ListenUntilStoppedPrintsEachReportAsItArrives) {
-    // Reports are written from binder threads while the test waits for them. Recursive: the
-    // stringbuf's xsputn calls overflow. (A single character may go in without either, so the
-    // texts waited for end before a line's end.)
-    class WatchedBuffer : public std::stringbuf {
-    public:
-        bool waitFor(const std::string& text) {
-            std::unique_lock<std::recursive_mutex> lock(mutex_);
-            return written_.wait_for(lock, std::chrono::seconds(10),
-                                     [&] { return str().find(text) != std::string::npos; });
-        }
-
-    protected:
-        std::streamsize xsputn(const char* s, std::streamsize n) override {
-            std::lock_guard<std::recursive_mutex> lock(mutex_);
-            const std::streamsize written = std::stringbuf::xsputn(s, n);
-            written_.notify_all();
-            return written;
-        }
-        int_type overflow(int_type c) override {
-            std::lock_guard<std::recursive_mutex> lock(mutex_);
-            const int_type written = std::stringbuf::overflow(c);
-            written_.notify_all();
-            return written;
-        }
-
-    private:
-        std::recursive_mutex mutex_;
-        std::condition_variable_any written_;
-    } buffer;
+    WatchedOutput buffer;
     std::ostream out(&buffer);
     std::ostringstream err;
     std::istringstream in;
@@ -182,15 +166,14 @@ TEST_F(QelctlTest, ListenUntilStoppedPrintsEachReportAsItArrives) {
     std::thread listener([&] {
         status = qelctl::runQelctl({"listen", "--path", "/sys/gpu/min"}, out, err, in);
     });
-    EXPECT_TRUE(buffer.waitFor("listening to /sys/gpu/min (handle 1); Ctrl-C stops"));
+    EXPECT_TRUE(buffer.waitFor("listening to /sys/gpu/min (handle 1); Ctrl-C stops\n"));
     EXPECT_LE(1,
               drelHalclient::drel_resctl_request_by_path(0, 0, {"/sys/gpu/min"}, {"600"}, 0, 0, 0));
-    EXPECT_TRUE(buffer.waitFor("report (handle 1): /sys/gpu/min=600"));
+    EXPECT_TRUE(buffer.waitFor("report (handle 1): /sys/gpu/min=600\n"));
     qelctl::requestStop();
     listener.join();
     EXPECT_EQ(0, status) << err.str();
-    EXPECT_THAT(buffer.str(),
-                HasSubstr("stopped listening to /sys/gpu/min (handle 1): 1 report\n"));
+    EXPECT_THAT(buffer.text, HasSubstr("stopped listening to /sys/gpu/min (handle 1): 1 report\n"));
 }
 
 TEST_F(QelctlTest, ActionsAndBuildNeedNoService) {
@@ -234,14 +217,9 @@ TEST_F(QelctlTest, TheDemoRunsEveryStepAndSucceeds) {
     QelctlRun r = run({"demo"});
     ASSERT_EQ(0, r.status) << r.out << r.err;
     EXPECT_EQ("", r.err);
-    for (const char* step :
-         {"[1/8] ", "[8/8] ", "report (handle 1): 0x01010010=1800000\n",
-          "the service now holds rule 130 at status 1 with 0x010108a0=85 0x010108b0=90 "
-          "0x010108c0=95\n",
-          "-- registering a new example service under the same name\n",
-          "demo: every step behaved as expected\n"}) {
-        EXPECT_THAT(r.out, HasSubstr(step));
-    }
+    EXPECT_THAT(r.out, HasSubstr("[8/8] "));
+    EXPECT_THAT(r.out, HasSubstr("-- registering a new example service under the same name\n"));
+    EXPECT_THAT(r.out, ::testing::EndsWith("demo: every step behaved as expected\n"));
 }
 
 }  // namespace

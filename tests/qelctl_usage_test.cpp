@@ -12,7 +12,12 @@ namespace {
 using ::testing::HasSubstr;
 
 TEST_F(QelctlTest, UsageErrorsExitTwoBeforeTheServiceIsReached) {
-    const std::pair<std::vector<std::string>, std::string> cases[] = {
+    struct Case {
+        std::vector<std::string> args;
+        std::string message;
+        std::string script = "";  // stdin, for "script -"
+    };
+    const Case cases[] = {
             {{}, "missing command"},
             {{"frobnicate"}, "unknown command 'frobnicate'"},
             {{"--verbose", "history"}, "unknown option '--verbose'"},
@@ -36,13 +41,21 @@ TEST_F(QelctlTest, UsageErrorsExitTwoBeforeTheServiceIsReached) {
             {{"notify", "130", "x"}, "invalid type 'x'"},
             {{"build", "targetload", "1", "--level", "2"}, "--level belongs to gameupgrade"},
             {{"script"}, "script takes one FILE"},
+            {{"script", "/nonexistent/qelctl.script"}, "cannot read script"},
+            // A script is checked whole before its first line runs.
+            {{"script", "-"},
+             "script line 2: unterminated ' quote",
+             "acquire -2 --res 0x01010010=1\nacquire 'unterminated\n"},
+            {{"script", "-"}, "script line 1: script cannot run in a script", "script -\n"},
     };
-    for (const auto& [args, message] : cases) {
+    for (const auto& [args, message, script] : cases) {
         SCOPED_TRACE(message);
-        QelctlRun r = run(args);
+        QelctlRun r = run(args, script);
         EXPECT_EQ(2, r.status);
         EXPECT_THAT(r.err, HasSubstr("qelctl: " + message));
-        EXPECT_THAT(r.err, HasSubstr("Try 'qelctl --help'."));
+        if (script.empty()) {
+            EXPECT_THAT(r.err, HasSubstr("Try 'qelctl --help'."));
+        }
         EXPECT_EQ("", r.out);
     }
     EXPECT_EQ(0, hostbinder::serviceManagerCalls()) << "no look-up was made";

@@ -1,6 +1,6 @@
-// The example service's rules, driven end to end through the library's three APIs (flat, class
-// and wrapper) as a caller's host test would drive it, on a manual clock; and, through a raw
-// proxy, the few rules no API of the library can reach.
+// The example service's rules, driven end to end through the library's flat and class APIs as a
+// caller's host test would drive it, on a manual clock; and, through a raw proxy, the few rules no
+// API of the library can reach.
 
 #include <aidl/vendor/quarn/hardware/drel/BnDrelCallback.h>
 #include <aidl/vendor/quarn/hardware/drel/IDrel.h>
@@ -19,7 +19,6 @@
 #include <vector>
 
 #include "IClientCallback.h"
-#include "QelWrapper.h"
 #include "drel-service/DrelService.h"
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
@@ -35,7 +34,9 @@ using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using ::aidl::vendor::quarn::hardware::drel::IDrel;
 using ::testing::ElementsAre;
 using ::testing::Pair;
+using Hal = drelHalclient;
 using Report = std::vector<std::string>;
+using Resources = std::list<QelClient::Resource>;
 
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 constexpr int32_t kCpu = 0x01010010;
@@ -116,33 +117,33 @@ protected:
 
 TEST_F(ServiceApiTest, HandlesCountUpFromOneAcrossRequestsAndRegistrations) {
     auto reports = std::make_shared<Reports>();
-    std::list<QelClient::Resource> watched = {{kCpu, ""}};
+    Resources watched = {{kCpu, ""}};
     EXPECT_EQ(1, QelResAcquire({{kCpu, "1"}}, 0, "", 0));
-    EXPECT_EQ(2, drelHalclient::drelResListeningRegister(watched, 0, reports));
-    EXPECT_EQ(3, drelHalclient::drelThermalListeningRegister({1}, reports));
+    EXPECT_EQ(2, Hal::drelResListeningRegister(watched, 0, reports));
+    EXPECT_EQ(3, Hal::drelThermalListeningRegister({1}, reports));
     EXPECT_EQ(4, QelEventAcquire(12, "", "", 0, {}));
-    EXPECT_EQ(-1, drelHalclient::drelResCtlRelease(2)) << "a registration is not a request";
-    EXPECT_EQ(0, drelHalclient::drelResCtlRelease(1));
-    EXPECT_EQ(-1, drelHalclient::drelSACtlRelease(1)) << "released already";
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(2)) << "a registration is not a request";
+    EXPECT_EQ(0, Hal::drelResCtlRelease(1));
+    EXPECT_EQ(-1, Hal::drelSACtlRelease(1)) << "released already";
     EXPECT_EQ(5, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
 }
 
 TEST_F(ServiceApiTest, EveryHoldingKindHoldsItsResourcesAndTheNewestLiveHolderWins) {
-    std::list<QelClient::Resource> resources = {{kGpu, "7"}};
+    Resources resources = {{kGpu, "7"}};
     const int handles[] = {
             QelResAcquire({{kCpu, "1000"}, {kGpu, std::nullopt}}, 0, "", 0),
             QelPlatformResAcquire({{kCpu, "5"}, {kCpu, "2000"}}, 0, "", "pkg", 0),
-            drelHalclient::drelSACtlRequest(0, 0, kCpu, 0, 0, 0),
-            drelHalclient::drelResCtlRequest(0, 0, resources, 0, 0, 0),
+            Hal::drelSACtlRequest(0, 0, kCpu, 0, 0, 0),
+            Hal::drelResCtlRequest(0, 0, resources, 0, 0, 0),
     };
     EXPECT_EQ("1", stateOf(kCpu)) << "a scene is held at 1";
     EXPECT_EQ("7", stateOf(kGpu));
     EXPECT_EQ(4u, service->liveRequestCount());
-    EXPECT_EQ(0, drelHalclient::drelResCtlRelease(handles[3]));
+    EXPECT_EQ(0, Hal::drelResCtlRelease(handles[3]));
     EXPECT_EQ("1", stateOf(kGpu)) << "a record without a value holds its resource at 1";
-    EXPECT_EQ(0, drelHalclient::drelSACtlRelease(handles[0]));
+    EXPECT_EQ(0, Hal::drelSACtlRelease(handles[0]));
     EXPECT_EQ("1", stateOf(kCpu)) << "releasing an older request changes nothing";
-    EXPECT_EQ(0, drelHalclient::drelSACtlRelease(handles[2]));
+    EXPECT_EQ(0, Hal::drelSACtlRelease(handles[2]));
     EXPECT_EQ("2000", stateOf(kCpu)) << "a resource named twice holds the later value";
     QelRelease(handles[1]);
     EXPECT_EQ("0", stateOf(kCpu));
@@ -160,7 +161,7 @@ TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpire
     EXPECT_EQ("1400", stateOf(kCpu));
     clockMs += 1;
     EXPECT_EQ("0", stateOf(kCpu)) << "expired by the next query";
-    EXPECT_EQ(-1, drelHalclient::drelResCtlRelease(timed)) << "an expired request is gone";
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(timed)) << "an expired request is gone";
     clockMs += 100;
     EXPECT_EQ("older", stateOf(13)) << "expiry restores the older value";
     clockMs += 24 * 3600 * 1000;
@@ -170,15 +171,14 @@ TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpire
 
 TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingNumber) {
     QelResAcquire({{kCpu, "1800000"}}, 0, "", 0);
-    ASSERT_GT(drelHalclient::drel_resctl_request_by_path(0, 0, {"/sys/gpu/min"}, {"400"}, 0, 0, 0),
-              0);
+    ASSERT_GT(Hal::drel_resctl_request_by_path(0, 0, {"/sys/gpu/min"}, {"400"}, 0, 0, 0), 0);
     std::vector<QelClient::Resource> both = {{kGpu, "x"}, {kCpu, ""}};
     EXPECT_EQ(2, QelMutiResStateRequest(both));
     EXPECT_EQ("0", both[0].resValue) << "nothing holds it: the default";
     EXPECT_EQ("1800000", both[1].resValue);
     std::map<std::string, std::string> states;
-    EXPECT_EQ(2, drelHalclient::drel_res_state_request_map_by_path(
-                         {{"/sys/gpu/min", ""}, {"/sys/ddr", ""}}, 0, states));
+    EXPECT_EQ(2, Hal::drel_res_state_request_map_by_path({{"/sys/gpu/min", ""}, {"/sys/ddr", ""}},
+                                                         0, states));
     EXPECT_THAT(states, ElementsAre(Pair("/sys/ddr", "0"), Pair("/sys/gpu/min", "400")));
 
     const std::pair<std::string, int> modes[] = {
@@ -199,11 +199,11 @@ TEST_F(ServiceApiTest, HistoryKeepsTheNewestRecordedRequestsAsText) {
             "start:handle:1 type:8 timeout:500 pkg:com.example.camera identity:cam "
             "res:0x00000010=1,0x01010010=1400;end",
             history);
-    ASSERT_GT(drelHalclient::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"x"}, 0, 0, 0), 0);
-    EXPECT_EQ(0, drelHalclient::drelHistoryRequestRecordOff());
+    ASSERT_GT(Hal::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"x"}, 0, 0, 0), 0);
+    EXPECT_EQ(0, Hal::drelHistoryRequestRecordOff());
     EXPECT_FALSE(service->historyRecording());
     QelResAcquire({{kGpu, "off"}}, 0, "", 0);
-    EXPECT_EQ(0, drelHalclient::drelHistoryRequestRecordOn());
+    EXPECT_EQ(0, Hal::drelHistoryRequestRecordOn());
     QelPlatformResAcquire({{kGpu, "2"}}, 0, "", "", 0);
     QelResAcquire({{kGpu, "3"}}, 0, "me", 0);
     ASSERT_EQ(0, QelGetHistory(history));
@@ -217,27 +217,26 @@ TEST_F(ServiceApiTest, HistoryKeepsTheNewestRecordedRequestsAsText) {
 
 TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirRequestOnce) {
     auto listener = std::make_shared<Reports>(), byPath = std::make_shared<Reports>();
-    std::list<QelClient::Resource> watched = {{kCpu, ""}, {kGpu, ""}};
+    Resources watched = {{kCpu, ""}, {kGpu, ""}};
     std::vector<std::string> seen;  // a callback may call back into the service
     listener->onReport = [&] { seen.push_back(stateOf(kCpu)); };
     // The first report comes from inside a class-API call, on this thread: the flat API may be
     // used there only while it is connected.
     ASSERT_EQ("0", stateOf(kCpu));
-    const int registration = drelHalclient::drelResListeningRegister(watched, 0, listener);
+    const int registration = Hal::drelResListeningRegister(watched, 0, listener);
     ASSERT_GT(registration, 0);
-    ASSERT_GT(drelHalclient::drel_res_listening_register_by_path({"/sys/a", "/sys/b"}, 0, byPath),
-              0);
+    ASSERT_GT(Hal::drel_res_listening_register_by_path({"/sys/a", "/sys/b"}, 0, byPath), 0);
 
     auto oneShot = std::make_shared<Reports>();
-    std::list<QelClient::Resource> request = {{kGpu, "700"}, {kCpu, "1400000"}};
-    const int handle = drelHalclient::drelResCtlRequest(0, 0, request, 0, 0, 0, oneShot);
+    Resources request = {{kGpu, "700"}, {kCpu, "1400000"}};
+    const int handle = Hal::drelResCtlRequest(0, 0, request, 0, 0, 0, oneShot);
     ASSERT_GT(handle, 0);
     QelResAcquire({{kGpu, "700"}}, 0, "", 0);  // the same value: no change
     QelResAcquire({{kGpu, "0"}}, 0, "", 100);  // a change to the default value
     clockMs += 100;
     EXPECT_EQ("700", stateOf(kGpu)) << "expiry restores the older value";
-    drelHalclient::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"9"}, 0, 0, 0);
-    EXPECT_EQ(0, drelHalclient::drelResCtlRelease(handle));
+    Hal::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"9"}, 0, 0, 0);
+    EXPECT_EQ(0, Hal::drelResCtlRelease(handle));
 
     EXPECT_THAT(oneShot->reports(), ElementsAre(ElementsAre(gpu + "=700", cpu + "=1400000")));
     EXPECT_THAT(listener->reports(),
@@ -247,7 +246,7 @@ TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirReq
     EXPECT_EQ((std::vector<std::string>{"1400000", "1400000", "1400000", "0"}), seen);
     listener->onReport = nullptr;
 
-    EXPECT_EQ(0, drelHalclient::drelResListeningUnRegister(registration));
+    EXPECT_EQ(0, Hal::drelResListeningUnRegister(registration));
     QelResAcquire({{kCpu, "1"}}, 0, "", 0);
     EXPECT_EQ(4u, listener->reports().size()) << "nothing after unregistering";
     EXPECT_EQ(1u, oneShot->reports().size());
@@ -255,22 +254,22 @@ TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirReq
 
 TEST_F(ServiceApiTest, ThermalLevelsFanOutToTheListenersOfTheirIds) {
     auto both = std::make_shared<Reports>(), second = std::make_shared<Reports>();
-    const int bothHandle = drelHalclient::drelThermalListeningRegister({1, 2}, both);
-    ASSERT_GT(drelHalclient::drelThermalListeningRegister({2, 3}, second), 0);
-    std::list<QelClient::Resource> levels = {{2, "warm"}, {1, "hot"}, {4, "cool"}};
-    EXPECT_EQ(2, drelHalclient::drelThermalNotify(levels, 0)) << "listeners reached";
+    const int bothHandle = Hal::drelThermalListeningRegister({1, 2}, both);
+    ASSERT_GT(Hal::drelThermalListeningRegister({2, 3}, second), 0);
+    Resources levels = {{2, "warm"}, {1, "hot"}, {4, "cool"}};
+    EXPECT_EQ(2, Hal::drelThermalNotify(levels, 0)) << "listeners reached";
     EXPECT_THAT(both->reports(), ElementsAre(ElementsAre("2=warm", "1=hot")));
     EXPECT_THAT(second->reports(), ElementsAre(ElementsAre("2=warm")));
     EXPECT_EQ("cool", service->thermalLevel(4));
     EXPECT_EQ("0", stateOf(2)) << "thermal levels are not resources";
-    EXPECT_EQ(0, drelHalclient::drelThermalListeningUnregister(bothHandle));
-    EXPECT_EQ(1, drelHalclient::drelThermalNotify(levels, 0));
+    EXPECT_EQ(0, Hal::drelThermalListeningUnregister(bothHandle));
+    EXPECT_EQ(1, Hal::drelThermalNotify(levels, 0));
 }
 
 TEST_F(ServiceApiTest, TheExpiryThreadDropsRequestsWithoutAnyCall) {
     auto listener = std::make_shared<Reports>();
-    std::list<QelClient::Resource> watched = {{kCpu, ""}};
-    drelHalclient::drelResListeningRegister(watched, 0, listener);
+    Resources watched = {{kCpu, ""}};
+    Hal::drelResListeningRegister(watched, 0, listener);
     QelResAcquire({{kCpu, "1400"}}, 0, "", 20);
     service->startExpiryThread();
     service->startExpiryThread();  // idempotent
@@ -282,11 +281,11 @@ TEST_F(ServiceApiTest, TheExpiryThreadDropsRequestsWithoutAnyCall) {
 
 TEST_F(ServiceApiTest, PropertiesRulesAndRecordsAreKeptWithoutTouchingResources) {
     QelResAcquire({{kCpu, "1400"}}, 0, "", 0);
-    EXPECT_EQ(0, drelHalclient::drelPropertySet("mode", "game"));
-    EXPECT_EQ(0, drelHalclient::drelPropertySet("mode", "camera"));
-    EXPECT_EQ(-1, drelHalclient::drelPropertySet("", "x")) << "a property needs a name";
+    EXPECT_EQ(0, Hal::drelPropertySet("mode", "game"));
+    EXPECT_EQ(0, Hal::drelPropertySet("mode", "camera"));
+    EXPECT_EQ(-1, Hal::drelPropertySet("", "x")) << "a property needs a name";
     for (const char* name : {"mode", "unset"}) {
-        char* text = drelHalclient::drelPropertyGet(name);
+        char* text = Hal::drelPropertyGet(name);
         EXPECT_STREQ(name[0] == 'm' ? "camera" : "", text) << "an unknown property reads empty";
         delete[] text;
     }
@@ -297,65 +296,50 @@ TEST_F(ServiceApiTest, PropertiesRulesAndRecordsAreKeptWithoutTouchingResources)
     EXPECT_TRUE(service->ruleState(7)->data.empty());
     EXPECT_EQ(0, setRelatedSysInfo(4, 123456789012));
     EXPECT_EQ(123456789012, service->relatedSysInfo(4));
-    drelHalclient::drel_init();
+    Hal::drel_init();
     EXPECT_EQ(1, service->initCount());
     EXPECT_EQ("1400", stateOf(kCpu)) << "none of these touches a resource";
 }
 
 TEST_F(ServiceApiTest, EachDumpLogsItsTable) {
-    drelHalclient::drelSACtlRequest(0, 100, 7, 0, 0, 0);
+    Hal::drelSACtlRequest(0, 100, 7, 0, 0, 0);
     QelResAcquire({{kCpu, "1400"}}, 0, "", 0);
     QelResAcquire({{kCpu, "1500"}}, 0, "", 0);
     const std::pair<int (*)(), const char*> dumps[] = {
-            {drelHalclient::drelDumpToDoQueue, "dump ToDoQueue: 1 entries"},
-            {drelHalclient::drelDumpRunMap, "dump RunMap: 3 entries"},
-            {drelHalclient::drelDumpActiveResMap, "dump ActiveResMap: 2 entries"},
-            {drelHalclient::drelDumpResRequest, "dump ResRequest: 2 entries"},
-            {drelHalclient::drelDumpResInfo, "dump ResInfo: 0 entries"},
-            {drelHalclient::drelDumpSAInfo, "dump SAInfo: 1 entries"},
-            {drelHalclient::drelDumpPidFdList, "dump PidFdList: 0 entries"},
-            {drelHalclient::drelDumpPidfdMonitorMap, "dump PidfdMonitorMap: 0 entries"},
-            {drelHalclient::drelDumpResRecordList, "dump ResRecordList: 3 entries"},
+            {Hal::drelDumpToDoQueue, "dump ToDoQueue: 1 entries"},
+            {Hal::drelDumpRunMap, "dump RunMap: 3 entries"},
+            {Hal::drelDumpActiveResMap, "dump ActiveResMap: 2 entries"},
+            {Hal::drelDumpResRequest, "dump ResRequest: 2 entries"},
+            {Hal::drelDumpResInfo, "dump ResInfo: 0 entries"},
+            {Hal::drelDumpSAInfo, "dump SAInfo: 1 entries"},
+            {Hal::drelDumpPidFdList, "dump PidFdList: 0 entries"},
+            {Hal::drelDumpPidfdMonitorMap, "dump PidfdMonitorMap: 0 entries"},
+            {Hal::drelDumpResRecordList, "dump ResRecordList: 3 entries"},
     };
     for (const auto& [dump, header] : dumps) {
         LogCapture log;
         EXPECT_EQ(0, dump());
         ASSERT_FALSE(log.linesWithTag(DrelService::kLogTag).empty()) << header;
         EXPECT_EQ(header, log.linesWithTag(DrelService::kLogTag)[0].message);
-        if (dump == drelHalclient::drelDumpResRequest) {
+        if (dump == Hal::drelDumpResRequest) {
             EXPECT_THAT(log.messages(), ::testing::IsSupersetOf({"  0x00000007: 1=1",
                                                                  "  0x01010010: 2=1400 3=1500"}));
         }
     }
 }
 
-TEST_F(ServiceApiTest, WrapperActionsAndScenariosLandInTheService) {
-    ASSERT_GT(QelEventAcquireWrapper("PRAXEL_ACTION_CAMERA_MULTI_SCENE", "camera", "preview", 0),
-              0);
-    EXPECT_EQ("1", stateOf(102)) << "the first catalogue position of the name is held";
-    EXPECT_EQ("0", stateOf(162));
-    EXPECT_EQ(0, QelNotifyWapper("scenario", 131, 1, 0, 0, 0, "colocation:2,groupmigrate:6-3"));
-    auto rule = service->ruleState(131);
-    ASSERT_TRUE(rule.has_value());
-    EXPECT_EQ(1, rule->status);
-    ASSERT_EQ(3u, rule->data.size());
-    EXPECT_EQ(0x01011040, rule->data[0].resId);
-    EXPECT_EQ("2", rule->data[0].resValue);
-    EXPECT_EQ("3", rule->data[2].resValue);
-}
-
 TEST_F(ServiceApiTest, WithoutAServiceOrAnAnswerTheCallsGiveMinusOne) {
     std::map<std::string, std::string> paths;
-    EXPECT_EQ(-1, drelHalclient::drel_res_state_request_map_by_path({}, 0, paths))
+    EXPECT_EQ(-1, Hal::drel_res_state_request_map_by_path({}, 0, paths))
             << "an empty reply is no answer";
     hostbinder::reset();  // nothing declared: the calls fail at once
     auto reports = std::make_shared<Reports>();
-    std::list<QelClient::Resource> ids = {{kCpu, ""}}, states, levels = {{1, "hot"}};
+    Resources ids = {{kCpu, ""}}, states, levels = {{1, "hot"}};
     std::vector<QelClient::Resource> flat = {{kCpu, ""}};
-    EXPECT_EQ(-1, drelHalclient::drelResListeningRegister(ids, 0, reports));
-    EXPECT_EQ(-1, drelHalclient::drelResStateRequest(ids, 0, states));
-    EXPECT_EQ(-1, drelHalclient::drelThermalNotify(levels, 0));
-    EXPECT_EQ(-1, drelHalclient::drel_res_state_request_map_by_path({{"/a", ""}}, 0, paths));
+    EXPECT_EQ(-1, Hal::drelResListeningRegister(ids, 0, reports));
+    EXPECT_EQ(-1, Hal::drelResStateRequest(ids, 0, states));
+    EXPECT_EQ(-1, Hal::drelThermalNotify(levels, 0));
+    EXPECT_EQ(-1, Hal::drel_res_state_request_map_by_path({{"/a", ""}}, 0, paths));
     EXPECT_EQ(-1, QelMutiResStateRequest(flat));
     EXPECT_EQ(-1, qelInit());
 }
@@ -363,12 +347,13 @@ TEST_F(ServiceApiTest, WithoutAServiceOrAnAnswerTheCallsGiveMinusOne) {
 // Through a raw proxy: what no API of the library sends or can answer.
 class RawReports : public ::aidl::vendor::quarn::hardware::drel::BnDrelCallback {
 public:
-    ::ndk::ScopedAStatus onCallback(const std::vector<DrelRequestData>& data) override {
+    explicit RawReports(binder_status_t answer) : answer(answer) {}
+    ::ndk::ScopedAStatus onCallback(const std::vector<DrelRequestData>&) override {
         ++reports;
-        return onReport(data);
+        return ::ndk::ScopedAStatus::fromStatus(answer);
     }
+    const binder_status_t answer;
     std::atomic<int> reports{0};
-    std::function<::ndk::ScopedAStatus(const std::vector<DrelRequestData>&)> onReport;
 };
 
 TEST_F(ServiceApiTest, RawCallsTheLibraryNeverMakesAreAnsweredByTheRules) {
@@ -392,18 +377,15 @@ TEST_F(ServiceApiTest, RawCallsTheLibraryNeverMakesAreAnsweredByTheRules) {
     EXPECT_TRUE(reply.empty()) << "a record naming nothing is skipped";
 
     // A registration whose client has died is dropped; one whose callback fails otherwise stays.
-    auto dead = ::ndk::SharedRefBase::make<RawReports>();
-    dead->onReport = [](auto&) { return ::ndk::ScopedAStatus::fromStatus(STATUS_DEAD_OBJECT); };
-    auto failing = ::ndk::SharedRefBase::make<RawReports>();
-    failing->onReport = [](auto&) { return ::ndk::ScopedAStatus::fromServiceSpecificError(5); };
-    parcel.resources = {DrelRequestData{}};
+    auto dead = ::ndk::SharedRefBase::make<RawReports>(STATUS_DEAD_OBJECT);
+    auto failing = ::ndk::SharedRefBase::make<RawReports>(STATUS_BAD_VALUE);
     parcel.resources[0].resId = kCpu;
     const int32_t deadHandle = call(drel->listeningRegister(parcel, dead, &out));
     const int32_t failingHandle = call(drel->listeningRegister(parcel, failing, &out));
     const int32_t deadThermal = call(drel->thermalListeningRegister({1}, dead, &out));
     QelResAcquire({{kCpu, "1"}}, 0, "", 0);
-    std::list<QelClient::Resource> levels = {{1, "hot"}};
-    drelHalclient::drelThermalNotify(levels, 0);
+    Resources levels = {{1, "hot"}};
+    Hal::drelThermalNotify(levels, 0);
     QelResAcquire({{kCpu, "2"}}, 0, "", 0);
     EXPECT_EQ(2, dead->reports) << "one listener report and one thermal report";
     EXPECT_EQ(2, failing->reports);
