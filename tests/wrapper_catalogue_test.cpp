@@ -37,7 +37,13 @@ TEST(ActionCatalogueTest, ALookUpFollowsTheVectorAsACallerChangedIt) {
     std::vector<std::string> names(gActionList.begin(), gActionList.end());
     const qel_wrapper::ActionIndex index(names);
     const std::string longName(300, 'L');
-    EXPECT_EQ(198, index.positionOf("ACTION_CAMERA_APS_INNER_THDR_CAPTURE_L1"));
+    // Unchanged, every name is answered by the index itself, at its first position.
+    for (size_t i = 0; i < names.size(); ++i) {
+        size_t first = 0;
+        while (names[first] != names[i]) ++first;
+        EXPECT_EQ(static_cast<int>(first), index.indexedPositionOf(names[i])) << names[i];
+    }
+    EXPECT_EQ(-1, index.indexedPositionOf("ACTION_NONE"));
     names[1] = longName;                     // renamed: its old name is gone, the new one found
     names[5] = "ACTION_CAMERA_MULTI_SCENE";  // an earlier copy of a name the index knows
     names[102] = "ACTION_X";                 // the known position of that name, renamed
@@ -46,6 +52,7 @@ TEST(ActionCatalogueTest, ALookUpFollowsTheVectorAsACallerChangedIt) {
     names.shrink_to_fit();             // every name moves
     EXPECT_EQ(-1, index.commandIdOf("PRAXEL_ACTION_COLD_LAUNCH"));
     EXPECT_EQ(1, index.commandIdOf("PRAXEL_" + longName));
+    EXPECT_EQ(-1, index.indexedPositionOf(longName)) << "a name the index never saw is walked";
     EXPECT_EQ(5, index.positionOf("ACTION_CAMERA_MULTI_SCENE"));
     EXPECT_EQ(199, index.positionOf("ACTION_APPENDED"));
     EXPECT_EQ(0, index.positionOf("ACTION_LAUNCH"));

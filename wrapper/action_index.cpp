@@ -46,18 +46,22 @@ ActionIndex::ActionIndex(const std::vector<std::string>& names) : mNames(names) 
 }
 
 int ActionIndex::positionOf(std::string_view name) const {
+    int position = indexedPositionOf(name);
+    // A name the index does not know, or whose slot the caller changed: the vector decides.
+    return position != -1 ? position : walk(name);
+}
+
+int ActionIndex::indexedPositionOf(std::string_view name) const {
     auto entry = std::lower_bound(mEntries.begin(), mEntries.end(), name,
                                   [](const std::pair<std::string_view, int>& e,
                                      std::string_view n) { return shorterOrBefore(e.first, n); });
-    if (entry != mEntries.end() && entry->first == name) {
-        // The fast path, for the catalogue as the library loaded it: the slot still holds it.
-        size_t position = static_cast<size_t>(entry->second);
-        if (position < mNames.size() && std::string_view(mNames[position]) == name) {
-            return entry->second;
-        }
+    if (entry == mEntries.end() || entry->first != name) return -1;
+    // The fast path, for the catalogue as the library loaded it: the slot still holds it.
+    size_t position = static_cast<size_t>(entry->second);
+    if (position < mNames.size() && std::string_view(mNames[position]) == name) {
+        return entry->second;
     }
-    // A name the index does not know, or whose slot the caller changed: the vector decides.
-    return walk(name);
+    return -1;
 }
 
 int ActionIndex::walk(std::string_view name) const {

@@ -30,6 +30,11 @@ public:
     // none.
     int positionOf(std::string_view name) const;
 
+    // The position the index itself holds for `name`, when that slot of `names` still holds the
+    // name; -1 otherwise (positionOf then walks `names`). For the catalogue as it was indexed,
+    // this answers every name without a walk.
+    int indexedPositionOf(std::string_view name) const;
+
     // The command id of `eventId`: when it contains "PRAXEL_", the position of the name that
     // equals it from index 7 on; otherwise, or when no name does, -1. Since no name holds
     // "PRAXEL_", only an id that begins with it can match.
