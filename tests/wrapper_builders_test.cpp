@@ -56,6 +56,9 @@ TEST_P(BuilderTableTest, BuildsTheExpectedList) {
     std::vector<QelClient::Resource> list = build(c.text);
     EXPECT_EQ(parsePairs(c.expected), pairsOf(list));
     EXPECT_LE(list.capacity(), 2 * list.size());
+    if (std::string(c.builder) == "getColocationList") {
+        EXPECT_EQ(list.size(), list.capacity()) << "counted first, then sized once";
+    }
 }
 
 std::string repeated(const std::string& unit, int times) {
@@ -94,6 +97,8 @@ INSTANTIATE_TEST_SUITE_P(Colocation, BuilderTableTest, ::testing::Values(
         BuilderCase{"getColocationList", "colocation:", ""},
         BuilderCase{"getColocationList", "colocation:1:2", "1011040=1"},
         BuilderCase{"getColocationList", "groupmigrate:6-3", "1010FB0=6|1010FC0=3"},
+        BuilderCase{"getColocationList", "groupmigrate:6-3,colocation:9",
+                    "1010FB0=6|1010FC0=3|1011040=9"},
         BuilderCase{"getColocationList", "groupmigrate:3-6", ""},
         BuilderCase{"getColocationList", "groupmigrate:3-3", ""},
         BuilderCase{"getColocationList", "groupmigrate:-1-5", ""},
