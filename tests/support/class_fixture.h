@@ -12,7 +12,6 @@
 #include <memory>
 #include <mutex>
 #include <optional>
-#include <ostream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -21,16 +20,6 @@
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
 #include "support/service_fixture.h"
-
-namespace aidl::vendor::quarn::hardware::drel {
-// Readable failure output for whole-record comparisons.
-inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
-    *os << parcel.toString();
-}
-inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
-    *os << data.toString();
-}
-}  // namespace aidl::vendor::quarn::hardware::drel
 
 namespace qel_test {
 

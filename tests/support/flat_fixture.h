@@ -1,5 +1,5 @@
 // The fixture of the flat API's tests: the usual mock service and log capture, plus a look at
-// the flat API's own connection, its log lines, and readable printing of the wire records.
+// the flat API's own connection and its log lines.
 #pragma once
 
 #include <aidl/vendor/quarn/hardware/drel/DrelRequestData.h>
@@ -7,23 +7,12 @@
 #include <unistd.h>
 
 #include <optional>
-#include <ostream>
 #include <shared_mutex>
 #include <string>
 #include <vector>
 
 #include "qel/qel_internal.h"
 #include "support/service_fixture.h"
-
-namespace aidl::vendor::quarn::hardware::drel {
-// So that failed expectations show the records instead of their bytes.
-inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
-    *os << data.toString();
-}
-inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
-    *os << parcel.toString();
-}
-}  // namespace aidl::vendor::quarn::hardware::drel
 
 namespace qel_test {
 

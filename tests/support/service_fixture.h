@@ -8,9 +8,20 @@
 #include <hostbinder/hostbinder.h>
 
 #include <memory>
+#include <ostream>
 
 #include "mocks/MockDrel.h"
 #include "support/log_capture.h"
+
+namespace aidl::vendor::quarn::hardware::drel {
+// Failed comparisons of whole records print the records, not their bytes.
+inline void PrintTo(const DrelRequestData& data, std::ostream* os) {
+    *os << data.toString();
+}
+inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
+    *os << parcel.toString();
+}
+}  // namespace aidl::vendor::quarn::hardware::drel
 
 namespace qel_test {
 
