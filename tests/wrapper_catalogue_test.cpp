@@ -44,21 +44,21 @@ TEST(ActionCatalogueTest, ALookUpFollowsTheVectorAsACallerChangedIt) {
         EXPECT_EQ(static_cast<int>(first), index.indexedPositionOf(names[i])) << names[i];
     }
     EXPECT_EQ(-1, index.indexedPositionOf("ACTION_NONE"));
-    names[1] = longName;                     // renamed: its old name is gone, the new one found
+    names[0] = longName;                     // renamed: its old name is gone, the new one found
     names[5] = "ACTION_CAMERA_MULTI_SCENE";  // an earlier copy of a name the index knows
     names[102] = "ACTION_X";                 // the known position of that name, renamed
     names.push_back("ACTION_APPENDED");
-    names.push_back("ACTION_LAUNCH");  // a duplicate after the first keeps the first position
-    names.shrink_to_fit();             // every name moves
-    EXPECT_EQ(-1, index.commandIdOf("PRAXEL_ACTION_COLD_LAUNCH"));
-    EXPECT_EQ(1, index.commandIdOf("PRAXEL_" + longName));
+    names.push_back("ACTION_COLD_LAUNCH");  // a duplicate after the first keeps the first one
+    names.shrink_to_fit();                  // every name moves
+    EXPECT_EQ(-1, index.commandIdOf("PRAXEL_ACTION_LAUNCH"));
+    EXPECT_EQ(0, index.commandIdOf("PRAXEL_" + longName)) << "the walk starts at position 0";
     EXPECT_EQ(-1, index.indexedPositionOf(longName)) << "a name the index never saw is walked";
     EXPECT_EQ(5, index.positionOf("ACTION_CAMERA_MULTI_SCENE"));
     EXPECT_EQ(199, index.positionOf("ACTION_APPENDED"));
-    EXPECT_EQ(0, index.positionOf("ACTION_LAUNCH"));
+    EXPECT_EQ(1, index.positionOf("ACTION_COLD_LAUNCH"));
     EXPECT_EQ(198, index.positionOf("ACTION_CAMERA_APS_INNER_THDR_CAPTURE_L1"));
     names.clear();
-    EXPECT_EQ(-1, index.positionOf("ACTION_LAUNCH"));
+    EXPECT_EQ(-1, index.positionOf("ACTION_COLD_LAUNCH"));
 }
 
 TEST(OpCodeTablesTest, HoldTheirValuesInOrderBackToBack) {
