@@ -1,7 +1,6 @@
 // Scenario texts to resource lists for the rule control. The builders keep no state; a malformed
 // item is skipped on its own and never fails the whole text.
 
-#include <algorithm>
 #include <iterator>
 #include <optional>
 #include <string_view>
@@ -35,50 +34,20 @@ void appendAt(std::vector<Resource>& list, size_t table, size_t position, std::s
     }
 }
 
-// qel_wrapper::forEachField for one delimiter byte: the same fields, each found with one
-// memchr-speed search instead of a search of the delimiter set for every byte. The colocation
-// text is walked twice (counted, then built), so its walk is the one that counts.
-template <typename Visit>
-void forEachFieldOf(std::string_view s, char delim, Visit&& visit) {
-    size_t start = 0;
-    while (start < s.size()) {
-        if (s[start] == delim) {
-            ++start;
-            continue;
-        }
-        size_t stop = std::min(s.find(delim, start), s.size());
-        visit(s.substr(start, stop - start));
-        start = stop;
-    }
-}
-
-// qel_wrapper::firstTwoFields for one delimiter byte.
-std::optional<std::pair<std::string_view, std::string_view>> firstTwoFieldsOf(std::string_view s,
-                                                                              char delim) {
-    std::string_view fields[2];
-    size_t count = 0;
-    forEachFieldOf(s, delim, [&](std::string_view field) {
-        if (count < 2) fields[count] = field;
-        ++count;
-    });
-    if (count < 2) return std::nullopt;
-    return std::pair{fields[0], fields[1]};
-}
-
 // Calls visit(opcode, value) for each resource a colocation text makes, in order: the value of a
 // "colocation" item as a view into the text, the bounds of a "groupmigrate" item as ints. Items,
 // keys, values and bounds are walked as views; nothing is copied.
 template <typename Visit>
 void forEachColocationResource(std::string_view text, Visit&& visit) {
-    forEachFieldOf(text, ',', [&](std::string_view item) {
-        auto keyValue = firstTwoFieldsOf(item, ':');
+    qel_wrapper::forEachField(text, ',', [&](std::string_view item) {
+        auto keyValue = qel_wrapper::firstTwoFields(item, ':');
         if (!keyValue) return;
         auto [key, value] = *keyValue;
         if (key == "colocation") {
             visit(kColocationOpCode, value);
         } else if (key == "groupmigrate") {
             if (value.find('-') == std::string_view::npos) return;
-            auto bounds = firstTwoFieldsOf(value, '-');
+            auto bounds = qel_wrapper::firstTwoFields(value, '-');
             if (!bounds) return;
             // A bound that is no number counts as 0. The first must be strictly the larger;
             // neither can be -1 since "-" separates them, but the service's "none" is refused

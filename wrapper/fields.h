@@ -2,6 +2,7 @@
 // scenario texts without making a vector of copies of every field first.
 #pragma once
 
+#include <algorithm>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -21,6 +22,23 @@ void forEachField(std::string_view s, std::string_view delims, Visit&& visit) {
     }
 }
 
+// forEachField for one delimiter byte: the same fields, each found with one memchr-speed search
+// instead of a search of the delimiter set for every byte (the colocation text is walked twice,
+// counted and then built, so its walk is the one that counts).
+template <typename Visit>
+void forEachField(std::string_view s, char delim, Visit&& visit) {
+    size_t start = 0;
+    while (start < s.size()) {
+        if (s[start] == delim) {
+            ++start;
+            continue;
+        }
+        size_t stop = std::min(s.find(delim, start), s.size());
+        visit(s.substr(start, stop - start));
+        start = stop;
+    }
+}
+
 // `s` without its leading and trailing runs of bytes from `chars`, as stringUtils::trim makes
 // it, as a view into `s`.
 inline std::string_view trimmed(std::string_view s, std::string_view chars) {
@@ -29,10 +47,11 @@ inline std::string_view trimmed(std::string_view s, std::string_view chars) {
     return s.substr(first, s.find_last_not_of(chars) - first + 1);
 }
 
-// The first two fields of `s` cut at `delims`, as split(s, delims)[0] and [1]; nothing when there
-// are fewer than two. Further fields are ignored.
-inline std::optional<std::pair<std::string_view, std::string_view>> firstTwoFields(
-        std::string_view s, std::string_view delims) {
+// The first two fields of `s` cut at `delims` (a set of bytes, or one byte), as
+// split(s, delims)[0] and [1]; nothing when there are fewer than two. Further fields are ignored.
+template <typename Delims>
+std::optional<std::pair<std::string_view, std::string_view>> firstTwoFields(std::string_view s,
+                                                                            Delims delims) {
     std::string_view fields[2];
     size_t count = 0;
     forEachField(s, delims, [&](std::string_view field) {
