@@ -2,6 +2,7 @@
 // pair in the same process: floor/<family> calls the IDrel proxy directly with a parcel built
 // beforehand, library/<family> makes the same call through the library.
 
+#include <android/binder_process.h>
 #include <android/log.h>
 #include <benchmark/benchmark.h>
 #include <unistd.h>
@@ -33,6 +34,7 @@ int main(int argc, char** argv) {
     // As on a device whose log level hides the library's lines: they are dropped before being
     // formatted, so what remains is the cost of the call that asks.
     __android_log_set_minimum_priority(ANDROID_LOG_SILENT);
+    ABinderProcess_startThreadPool();
     qel_bench::benchService();
 
     qel_bench::registerFlatBenchmarks();

@@ -8,6 +8,7 @@
 // out on purpose).
 #include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <hostbinder/hostbinder.h>
 
@@ -297,6 +298,7 @@ const Step kSteps[] = {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    ABinderProcess_startThreadPool();
     startService();
     return 0;
 }

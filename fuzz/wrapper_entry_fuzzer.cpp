@@ -4,6 +4,7 @@
 // with the event prefix makes none.
 #include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <atomic>
@@ -121,6 +122,7 @@ const Entry kEntries[] = {
 }  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
+    ABinderProcess_startThreadPool();
     service = ::ndk::SharedRefBase::make<RecordingService>();
     AServiceManager_addService(service->asBinder().get(), kInstance);
     return 0;

@@ -5,6 +5,7 @@
 #include <aidl/vendor/quarn/hardware/drel/BnDrelCallback.h>
 #include <aidl/vendor/quarn/hardware/drel/IDrel.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
@@ -95,6 +96,7 @@ private:
 class ServiceApiTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        ABinderProcess_startThreadPool();
         hostbinder::reset();
         DrelService::Options options;
         options.clock = [this] { return std::chrono::milliseconds(clockMs.load()); };

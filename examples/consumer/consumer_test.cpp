@@ -2,6 +2,7 @@
 // against the packaged gmock service where every call and answer must be exact.
 
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <drel-service/DrelService.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -55,7 +56,10 @@ std::string cpuBoost() {
 
 class ConsumerTest : public ::testing::Test {
 protected:
-    void SetUp() override { hostbinder::reset(); }
+    void SetUp() override {
+        ABinderProcess_startThreadPool();  // reports arrive on this process's binder threads
+        hostbinder::reset();
+    }
     void TearDown() override { hostbinder::reset(); }
 };
 

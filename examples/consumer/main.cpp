@@ -3,6 +3,7 @@
 
 #include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <hostbinder/hostbinder.h>
 
 #include <cstdio>
@@ -66,6 +67,8 @@ private:
 }  // namespace
 
 int main() {
+    // The service's reports reach this process on its binder threads.
+    ABinderProcess_startThreadPool();
     auto service = ndk::SharedRefBase::make<EchoService>();
     if (AServiceManager_addService(service->asBinder().get(),
                                    "vendor.quarn.hardware.drel.IDrel/default") != EX_NONE) {

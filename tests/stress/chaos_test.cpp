@@ -13,6 +13,7 @@
 // QEL_STRESS_INTERVAL_MS (longest wait between kills, 20), QEL_STRESS_SEED (1),
 // QEL_STRESS_BOUND_S (deadlock bound, 300).
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
@@ -601,6 +602,7 @@ TEST(ChaosTest, SurvivesKillsRestartsAndInjectedFaultsOnEveryOperation) {
     std::printf("stress: %d threads, %d kills, seed %llu\n", threads, kills,
                 static_cast<unsigned long long>(seed));
 
+    ABinderProcess_startThreadPool();
     hostbinder::reset();
     Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)));
     uint64_t generation = seed;

@@ -6,6 +6,7 @@
 // Parameters (environment): QEL_SOAK_CYCLES (10000), QEL_SOAK_GROWTH_BYTES (the bound on growth
 // from the end of the warm-up to the end, 131072), QEL_STRESS_BOUND_S (deadlock bound, 300).
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 #include <malloc.h>
@@ -65,6 +66,7 @@ TEST(ReconnectSoakTest, ReconnectingAfterEveryRestartDoesNotGrowTheHeap) {
     const long warmUp = cycles / 10;
     Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)));
 
+    ABinderProcess_startThreadPool();
     hostbinder::reset();
     std::shared_ptr<DrelService> service;
     long failed = 0;

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
@@ -30,6 +31,7 @@ struct QelctlRun {
 class QelctlTest : public ::testing::Test {
 protected:
     void SetUp() override {
+        ABinderProcess_startThreadPool();  // as qelctl's main does
         hostbinder::reset();
         dropListeningGroups();
         service = ::ndk::SharedRefBase::make<::aidl::vendor::quarn::hardware::drel::DrelService>();

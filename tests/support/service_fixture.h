@@ -4,6 +4,7 @@
 #pragma once
 
 #include <android/binder_manager.h>
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
@@ -30,6 +31,8 @@ inline constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/defau
 class ServiceFixture : public ::testing::Test {
 protected:
     void SetUp() override {
+        // Reports and death notices reach this process on its binder threads, as on a device.
+        ABinderProcess_startThreadPool();
         hostbinder::reset();
         startService();
         log.clear();
