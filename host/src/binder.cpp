@@ -4,6 +4,9 @@
 #include <android/binder_ibinder.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
+#include <android/binder_shell.h>
+#include <android/binder_stability.h>
+#include <android/log.h>
 #include <hostbinder/hostbinder.h>
 #include <unistd.h>
 
@@ -22,6 +25,8 @@ struct AIBinder_Weak {
 
 struct AIBinder_DeathRecipient {
     AIBinder_DeathRecipient_onBinderDied onDied;
+    // Expires with the recipient: a notice still queued for a deleted recipient is dropped.
+    std::shared_ptr<bool> alive = std::make_shared<bool>(true);
     std::vector<ABpBinder*> linkedTo;  // one entry per link; guarded by the global mutex
 
     void forgetOneLink(ABpBinder* proxy) {
@@ -38,39 +43,87 @@ struct ServiceEntry {
     std::shared_ptr<Process> process;
 };
 
-// Binder threads of the main process, made whenever no idle one is waiting.
+// The binder thread pool of the main process. Until the process has one (startThreadPool, or a
+// thread in joinThreadPool) work waits in the queue, as on a device; once started, threads are
+// made as work needs them, up to the maximum (15 unless set) besides the first thread and the
+// joined ones.
 class BinderThreadPool {
 public:
     void post(std::function<void()> fn) {
         std::lock_guard<std::mutex> l(mMutex);
         mQueue.push_back(std::move(fn));
         ++mPending;
-        if (static_cast<size_t>(mIdle) < mQueue.size()) {
-            std::thread([this] { loop(); }).detach();
-        } else {
-            mWork.notify_one();
+        if (!hasThreads() && !mWarned) {
+            mWarned = true;
+            __android_log_print(ANDROID_LOG_WARN, "hostbinder",
+                                "a call into this process waits for a binder thread pool: call "
+                                "ABinderProcess_startThreadPool()");
         }
+        spawnAsNeeded();
+        mWork.notify_one();
     }
 
+    void start() {
+        std::lock_guard<std::mutex> l(mMutex);
+        if (mStarted) return;
+        mStarted = true;
+        spawn();
+        spawnAsNeeded();
+    }
+
+    void setMaxThreads(uint32_t count) {
+        std::lock_guard<std::mutex> l(mMutex);
+        mMaxThreads = count;
+    }
+
+    [[noreturn]] void join() {
+        std::unique_lock<std::mutex> l(mMutex);
+        ++mJoined;
+        serve(l);
+    }
+
+    // Waits for the queued and running work; work that waits for a pool the process has not
+    // started is left queued.
     void waitIdle() {
         std::unique_lock<std::mutex> l(mMutex);
-        mIdleCv.wait(l, [this] { return mPending == 0; });
+        mIdleCv.wait(l, [this] { return mPending == 0 || (!hasThreads() && mRunning == 0); });
     }
 
 private:
-    void loop() {
-        std::unique_lock<std::mutex> l(mMutex);
+    bool hasThreads() const { return mStarted || mJoined > 0; }
+
+    void spawn() {
+        ++mSpawned;
+        ++mStarting;
+        std::thread([this] {
+            std::unique_lock<std::mutex> l(mMutex);
+            --mStarting;
+            serve(l);
+        }).detach();
+    }
+
+    void spawnAsNeeded() {
+        while (mStarted && mQueue.size() > static_cast<size_t>(mIdle + mStarting) &&
+               static_cast<uint32_t>(mSpawned) < mMaxThreads + 1) {
+            spawn();
+        }
+    }
+
+    [[noreturn]] void serve(std::unique_lock<std::mutex>& l) {
         for (;;) {
             ++mIdle;
             mWork.wait(l, [this] { return !mQueue.empty(); });
             --mIdle;
             std::function<void()> fn = std::move(mQueue.front());
             mQueue.pop_front();
+            ++mRunning;
+            spawnAsNeeded();
             l.unlock();
             fn();
             fn = nullptr;  // destroy captures before reporting the work done
             l.lock();
-            if (--mPending == 0) mIdleCv.notify_all();
+            --mRunning;
+            if (--mPending == 0 || mRunning == 0) mIdleCv.notify_all();
         }
     }
 
@@ -79,7 +132,14 @@ private:
     std::condition_variable mIdleCv;
     std::deque<std::function<void()>> mQueue;
     int mIdle = 0;
+    int mStarting = 0;
+    int mSpawned = 0;
+    int mJoined = 0;
+    int mRunning = 0;
     int mPending = 0;
+    uint32_t mMaxThreads = 15;
+    bool mStarted = false;
+    bool mWarned = false;
 };
 
 struct Runtime {
@@ -89,6 +149,7 @@ struct Runtime {
     std::vector<ABpBinder*> proxies;
     std::map<std::string, ServiceEntry> services;
     std::set<std::string> declared;
+    std::set<std::string> dieAtLink;  // services that die at the next link to their binder
     std::atomic<int> lookups{0};
     BinderThreadPool pool;
 
@@ -156,13 +217,23 @@ AIBinder* resolveFor(ABBinder* local, const std::shared_ptr<Process>& reader) {
     return proxy;
 }
 
+std::shared_ptr<bool> lockAlive(const std::weak_ptr<bool>& alive) {
+    std::lock_guard<std::mutex> l(rt().mutex);  // against a concurrent delete of the recipient
+    return alive.lock();
+}
+
 void killProcess(const std::shared_ptr<Process>& proc) {
     Runtime& r = rt();
     std::vector<ABpBinder*> affected;
     // The obituaries of one dead proxy: its links in link order, for its owner process.
     struct Obituaries {
         std::shared_ptr<Process> owner;
-        std::vector<std::pair<AIBinder_DeathRecipient_onBinderDied, void*>> deaths;
+        struct Death {
+            std::weak_ptr<bool> alive;
+            AIBinder_DeathRecipient_onBinderDied onDied;
+            void* cookie;
+        };
+        std::vector<Death> deaths;
     };
     std::vector<Obituaries> obituaries;
     {
@@ -177,7 +248,7 @@ void killProcess(const std::shared_ptr<Process>& proc) {
             Obituaries dead{proxy->owner, {}};
             for (const DeathLink& link : proxy->links) {
                 link.recipient->forgetOneLink(proxy);
-                dead.deaths.emplace_back(link.recipient->onDied, link.cookie);
+                dead.deaths.push_back({link.recipient->alive, link.recipient->onDied, link.cookie});
             }
             proxy->links.clear();
             obituaries.push_back(std::move(dead));
@@ -189,7 +260,10 @@ void killProcess(const std::shared_ptr<Process>& proc) {
     for (Obituaries& dead : obituaries) {
         r.pool.post([dead = std::move(dead)] {
             runAsShared(dead.owner, [&] {
-                for (const auto& [onDied, cookie] : dead.deaths) onDied(cookie);
+                for (const auto& death : dead.deaths) {
+                    std::shared_ptr<bool> alive = lockAlive(death.alive);
+                    if (alive) death.onDied(death.cookie);
+                }
             });
         });
     }
@@ -248,10 +322,17 @@ void reset() {
     {
         std::lock_guard<std::mutex> l(rt().mutex);
         rt().declared.clear();
+        rt().dieAtLink.clear();
     }
     rt().lookups = 0;
     setTraceTags(0);
     clearTrace();
+}
+
+void dieAtNextDeathLink(const char* instance) {
+    if (instance == nullptr) return;
+    std::lock_guard<std::mutex> l(rt().mutex);
+    rt().dieAtLink.insert(instance);
 }
 
 int serviceManagerCalls() {
@@ -349,6 +430,15 @@ void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump) {
     if (clazz != nullptr) clazz->onDump = onDump;
 }
 
+void AIBinder_Class_setHandleShellCommand(AIBinder_Class* clazz,
+                                          AIBinder_handleShellCommand handleShellCommand) {
+    if (clazz != nullptr) clazz->handleShellCommand = handleShellCommand;
+}
+
+void AIBinder_markVintfStability(AIBinder* /*binder*/) {}
+void AIBinder_markVendorStability(AIBinder* /*binder*/) {}
+void AIBinder_markSystemStability(AIBinder* /*binder*/) {}
+
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz) {
     return clazz == nullptr ? nullptr : clazz->descriptor.c_str();
 }
@@ -376,11 +466,40 @@ binder_status_t AIBinder_ping(AIBinder* binder) {
     return AIBinder_isAlive(binder) ? STATUS_OK : STATUS_DEAD_OBJECT;
 }
 
+binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs) {
+    if (binder == nullptr) return STATUS_UNEXPECTED_NULL;
+    ABBinder* target = nullptr;
+    if (binder->isRemote()) {
+        target = static_cast<ABpBinder*>(binder)->acquireTarget();
+        if (target == nullptr) return STATUS_DEAD_OBJECT;
+    } else {
+        target = static_cast<ABBinder*>(binder);
+        target->incStrong();
+    }
+    binder_status_t status = STATUS_OK;
+    AIBinder_onDump onDump = target->clazz.load()->onDump;
+    if (onDump != nullptr) {
+        hostbinder::runAsShared(target->getProcess(),
+                                [&] { status = onDump(target, fd, args, numArgs); });
+    }
+    target->decStrong();
+    return status;
+}
+
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
                                      void* cookie) {
     if (binder == nullptr || recipient == nullptr) return STATUS_UNEXPECTED_NULL;
     if (!binder->isRemote()) return STATUS_INVALID_OPERATION;
     auto* proxy = static_cast<ABpBinder*>(binder);
+    bool dies = false;
+    {
+        std::lock_guard<std::mutex> l(rt().mutex);
+        auto& faults = rt().dieAtLink;
+        auto service = rt().services.find(proxy->targetProcess->name);
+        dies = faults.erase(proxy->targetProcess->name) != 0 && service != rt().services.end() &&
+               service->second.process == proxy->targetProcess;
+    }
+    if (dies) hostbinder::killService(proxy->targetProcess->name.c_str());
     std::lock_guard<std::mutex> l(rt().mutex);
     {
         std::lock_guard<std::mutex> pl(proxy->mutex);
@@ -454,10 +573,13 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in) {
 }
 
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in,
-                                  AParcel** out, binder_flags_t /*flags*/) {
+                                  AParcel** out, binder_flags_t flags) {
     if (in == nullptr || out == nullptr) return STATUS_UNEXPECTED_NULL;
     std::unique_ptr<AParcel> request(*in);
     *in = nullptr;
+    if ((flags & ~binder_flags_t{FLAG_ONEWAY | FLAG_CLEAR_BUF | FLAG_PRIVATE_VENDOR}) != 0) {
+        return STATUS_BAD_VALUE;
+    }
     if (binder == nullptr || request == nullptr) return STATUS_UNEXPECTED_NULL;
     std::unique_ptr<AParcel> reply(new AParcel);
     request->position = 0;
@@ -525,7 +647,7 @@ AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder) {
 
 AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(AIBinder_DeathRecipient_onBinderDied onDied) {
     if (onDied == nullptr) return nullptr;
-    return new AIBinder_DeathRecipient{onDied, {}};
+    return new AIBinder_DeathRecipient{onDied, std::make_shared<bool>(true), {}};
 }
 
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient) {
@@ -633,12 +755,15 @@ bool AServiceManager_isDeclared(const char* instance) {
 
 // ---- thread pool ----
 
-void ABinderProcess_startThreadPool(void) {}
-bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t /*numThreads*/) {
+void ABinderProcess_startThreadPool(void) {
+    rt().pool.start();
+}
+bool ABinderProcess_setThreadPoolMaxThreadCount(uint32_t numThreads) {
+    rt().pool.setMaxThreads(numThreads);
     return true;
 }
 void ABinderProcess_joinThreadPool(void) {
-    for (;;) std::this_thread::sleep_for(std::chrono::hours(1));
+    rt().pool.join();
 }
 
 }  // extern "C"

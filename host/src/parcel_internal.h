@@ -1,29 +1,13 @@
-// The host parcel: a typed sequence of values with a read position.
+// The host parcel: bytes laid out as a device parcel lays them out (4-byte aligned values,
+// UTF-16 strings, 24-byte binder objects), one position for reading and writing, and the binder
+// objects it carries by offset.
 #pragma once
 
 #include <android/binder_parcel.h>
 
 #include <cstdint>
-#include <optional>
-#include <string>
+#include <map>
 #include <vector>
-
-struct ParcelStatus {
-    binder_exception_t exception = EX_NONE;
-    int32_t errorCode = 0;
-    std::string message;
-};
-
-struct ParcelEntry {
-    enum class Kind { Int32, Int64, Bool, String, Binder, Status };
-    explicit ParcelEntry(Kind kind) : kind(kind) {}
-
-    Kind kind;
-    int64_t number = 0;
-    std::optional<std::string> text;
-    AIBinder* binder = nullptr;  // +1 reference owned by the parcel
-    ParcelStatus status;
-};
 
 struct AParcel {
     AParcel() = default;
@@ -31,6 +15,7 @@ struct AParcel {
     AParcel(const AParcel&) = delete;
     AParcel& operator=(const AParcel&) = delete;
 
-    std::vector<ParcelEntry> entries;
+    std::vector<uint8_t> data;
     mutable size_t position = 0;
+    std::map<size_t, AIBinder*> objects;  // by offset; a +1 reference each
 };

@@ -10,9 +10,9 @@
 // into a process out of which the calling thread is itself in a synchronous call (a service
 // calling back into the client while it handles the client's call) runs on that same thread, as
 // binder's nested transaction does. Any other call into the main process (a service reporting
-// from a thread of its own) and death notifications run on binder threads of a pool that grows
-// on demand. The death notifications of one dead proxy are one job: its recipients are called
-// in link order, one after another, on one binder thread.
+// from a thread of its own) and death notifications run on the main process's binder thread
+// pool, and wait until the process has started one. The death notifications of one dead proxy are
+// one job: its recipients are called in link order, one after another, on one binder thread.
 #pragma once
 
 #include <android/binder_ibinder.h>
@@ -33,6 +33,8 @@ struct AIBinder_Class {
     AIBinder_Class_onDestroy onDestroy;
     AIBinder_Class_onTransact onTransact;
     AIBinder_onDump onDump = nullptr;
+    binder_status_t (*handleShellCommand)(AIBinder*, int, int, int, const char**,
+                                          uint32_t) = nullptr;
 };
 
 namespace hostbinder {

@@ -10,12 +10,17 @@
 // - AIBinder_transact on a proxy is synchronous. A transaction into a service runs on the calling
 //   thread; one that a service makes into a process while it handles that process's own call
 //   runs on the thread that made that call (a nested transaction); any other transaction into the
-//   client process runs on a binder thread while the sender waits.
+//   client process, and every death notice, runs on a thread of that process's binder thread
+//   pool (<android/binder_process.h>) while the sender waits: until the process has a pool, it
+//   waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF and FLAG_PRIVATE_VENDOR are
+//   STATUS_BAD_VALUE.
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
 // - Reference counts: AIBinder_new, the service manager's look-ups and Weak_promote return +1.
-// What it leaves out: oneway semantics, extensions, dumps, stability levels, calling identity
-// beyond this process's pid/uid, and thread-pool limits (binder threads are made on demand).
+// - AIBinder_dump runs the class's dump function in the binder's process (STATUS_OK without one).
+// What it leaves out: oneway semantics (a oneway call is answered like any other), extensions,
+// stability levels (AIBinder_markVintfStability is accepted and has no effect) and calling
+// identity beyond this process's pid/uid.
 #pragma once
 
 #include <android/binder_parcel.h>
@@ -29,7 +34,7 @@ extern "C" {
 #endif
 
 typedef uint32_t binder_flags_t;
-enum { FLAG_ONEWAY = 0x01 };
+enum { FLAG_ONEWAY = 0x01, FLAG_CLEAR_BUF = 0x20 };
 
 typedef uint32_t transaction_code_t;
 enum {
@@ -63,6 +68,7 @@ AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
 bool AIBinder_isRemote(const AIBinder* binder);
 bool AIBinder_isAlive(const AIBinder* binder);
 binder_status_t AIBinder_ping(AIBinder* binder);
+binder_status_t AIBinder_dump(AIBinder* binder, int fd, const char** args, uint32_t numArgs);
 binder_status_t AIBinder_linkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,
                                      void* cookie);
 binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient* recipient,

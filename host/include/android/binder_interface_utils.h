@@ -105,6 +105,9 @@ public:
 
     SpAIBinder asBinder() override { return mBinder; }
     bool isRemote() override { return AIBinder_isRemote(mBinder.get()); }
+    binder_status_t dump(int fd, const char** args, uint32_t numArgs) override {
+        return AIBinder_dump(asBinder().get(), fd, args, numArgs);
+    }
 
 private:
     SpAIBinder mBinder;

@@ -1,13 +1,14 @@
 // Host stand-in of <android/binder_parcel_utils.h>: the C++ helpers the generated code uses to
-// read and write strings, vectors, parcelables, binders and interfaces. Vectors travel as an
-// int32 size (-1 for a null vector) followed by their elements.
+// read and write strings, vectors, parcelables and binders, over the C functions of
+// <android/binder_parcel.h>, with the NDK's wire layout: a parcelable is an int32 present marker
+// (1) before its fields, a nullable one 0 when absent; vectors are the C arrays (an int32 length,
+// -1 for null, then the elements).
 #pragma once
 
 #include <android/binder_auto_utils.h>
 #include <android/binder_parcel.h>
 
-#include <cstring>
-#include <memory>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <type_traits>
@@ -25,34 +26,80 @@ inline binder_status_t AParcel_writeString(AParcel* parcel, const std::optional<
 }
 
 namespace parcel_detail {
-struct StringTarget {
-    std::optional<std::string>* out;
-};
-inline bool stringAllocator(void* data, int32_t length, char** buffer) {
-    auto* target = static_cast<StringTarget*>(data);
-    if (length < 0) {
-        target->out->reset();
-        *buffer = nullptr;
-        return true;
-    }
-    target->out->emplace(static_cast<size_t>(length), '\0');
-    *buffer = (*target->out)->data();
+
+inline bool setNull(std::string&) {
+    return false;
+}
+inline bool setNull(std::optional<std::string>& str) {
+    str.reset();
     return true;
 }
-}  // namespace parcel_detail
-
-inline binder_status_t AParcel_readString(const AParcel* parcel, std::optional<std::string>* str) {
-    parcel_detail::StringTarget target{str};
-    return ::AParcel_readString(parcel, &target, parcel_detail::stringAllocator);
+// `size` characters plus the terminator's slot, which the reader fills with the NUL.
+inline char* sized(std::string& str, size_t size) {
+    str.assign(size, '\0');
+    return &str[0];
+}
+inline char* sized(std::optional<std::string>& str, size_t size) {
+    str.emplace(size, '\0');
+    return &(*str)[0];
+}
+// `length` counts the terminator; -1 is a null string.
+template <typename S>
+bool fillString(S& str, int32_t length, char** buffer) {
+    if (length < 0) return setNull(str);
+    if (length == 0) return false;
+    *buffer = sized(str, static_cast<size_t>(length) - 1);
+    return true;
+}
+template <typename S>
+bool stringAllocator(void* data, int32_t length, char** buffer) {
+    return fillString(*static_cast<S*>(data), length, buffer);
 }
 
-inline binder_status_t AParcel_readString(const AParcel* parcel, std::string* str) {
-    std::optional<std::string> value;
-    binder_status_t status = AParcel_readString(parcel, &value);
-    if (status != STATUS_OK) return status;
-    if (!value) return STATUS_UNEXPECTED_NULL;
-    *str = std::move(*value);
-    return STATUS_OK;
+template <typename T>
+using OptionalVector = std::optional<std::vector<T>>;
+
+template <typename T>
+bool vectorAllocator(void* data, int32_t length) {
+    auto* vec = static_cast<OptionalVector<T>*>(data);
+    if (length < 0) {
+        vec->reset();
+    } else {
+        vec->emplace(static_cast<size_t>(length));
+    }
+    return true;
+}
+inline bool int32Allocator(void* data, int32_t length, int32_t** buffer) {
+    vectorAllocator<int32_t>(data, length);
+    if (length > 0) *buffer = (*static_cast<OptionalVector<int32_t>*>(data))->data();
+    return true;
+}
+template <typename S>
+bool stringElementAllocator(void* data, size_t index, int32_t length, char** buffer) {
+    return fillString((**static_cast<OptionalVector<S>*>(data))[index], length, buffer);
+}
+inline const std::string* stringOf(const std::string& str) {
+    return &str;
+}
+inline const std::string* stringOf(const std::optional<std::string>& str) {
+    return str ? &*str : nullptr;
+}
+template <typename S>
+const char* stringElementGetter(const void* data, size_t index, int32_t* length) {
+    const std::string* str = stringOf((*static_cast<const std::vector<S>*>(data))[index]);
+    *length = str ? static_cast<int32_t>(str->size()) : -1;
+    return str ? str->c_str() : nullptr;
+}
+
+template <typename T>
+constexpr bool kIsString =
+        std::is_same_v<T, std::string> || std::is_same_v<T, std::optional<std::string>>;
+
+}  // namespace parcel_detail
+
+template <typename S>
+binder_status_t AParcel_readString(const AParcel* parcel, S* str) {
+    return ::AParcel_readString(parcel, str, parcel_detail::stringAllocator<S>);
 }
 
 inline binder_status_t AParcel_writeRequiredStrongBinder(AParcel* parcel,
@@ -76,84 +123,87 @@ inline binder_status_t AParcel_readRequiredStrongBinder(const AParcel* parcel, S
     return status;
 }
 
-// Scalars.
-inline binder_status_t AParcel_writeData(AParcel* p, int32_t v) {
-    return AParcel_writeInt32(p, v);
+template <typename P>
+binder_status_t AParcel_writeParcelable(AParcel* parcel, const P& p) {
+    binder_status_t status = AParcel_writeInt32(parcel, 1);  // present
+    return status == STATUS_OK ? p.writeToParcel(parcel) : status;
 }
-inline binder_status_t AParcel_writeData(AParcel* p, int64_t v) {
-    return AParcel_writeInt64(p, v);
+template <typename P>
+binder_status_t AParcel_readParcelable(const AParcel* parcel, P* p) {
+    int32_t present = 0;
+    binder_status_t status = AParcel_readInt32(parcel, &present);
+    if (status != STATUS_OK) return status;
+    if (present == 0) return STATUS_UNEXPECTED_NULL;
+    return p->readFromParcel(parcel);
 }
-inline binder_status_t AParcel_writeData(AParcel* p, bool v) {
-    return AParcel_writeBool(p, v);
+template <typename P>
+binder_status_t AParcel_writeNullableParcelable(AParcel* parcel, const std::optional<P>& p) {
+    if (!p) return AParcel_writeInt32(parcel, 0);
+    return AParcel_writeParcelable(parcel, *p);
 }
-inline binder_status_t AParcel_readData(const AParcel* p, int32_t* v) {
-    return AParcel_readInt32(p, v);
-}
-inline binder_status_t AParcel_readData(const AParcel* p, int64_t* v) {
-    return AParcel_readInt64(p, v);
-}
-inline binder_status_t AParcel_readData(const AParcel* p, bool* v) {
-    return AParcel_readBool(p, v);
-}
-inline binder_status_t AParcel_writeData(AParcel* p, const std::string& v) {
-    return AParcel_writeString(p, v);
-}
-inline binder_status_t AParcel_writeData(AParcel* p, const std::optional<std::string>& v) {
-    return AParcel_writeString(p, v);
-}
-inline binder_status_t AParcel_readData(const AParcel* p, std::string* v) {
-    return AParcel_readString(p, v);
-}
-inline binder_status_t AParcel_readData(const AParcel* p, std::optional<std::string>* v) {
-    return AParcel_readString(p, v);
+template <typename P>
+binder_status_t AParcel_readNullableParcelable(const AParcel* parcel, std::optional<P>* p) {
+    int32_t present = 0;
+    binder_status_t status = AParcel_readInt32(parcel, &present);
+    if (status != STATUS_OK) return status;
+    if (present == 0) {
+        p->reset();
+        return STATUS_OK;
+    }
+    return p->emplace().readFromParcel(parcel);
 }
 
-// Parcelables: anything with readFromParcel / writeToParcel.
-template <typename P, typename = decltype(std::declval<const P&>().writeToParcel(nullptr))>
-binder_status_t AParcel_writeData(AParcel* p, const P& v) {
-    return v.writeToParcel(p);
+namespace parcel_detail {
+template <typename P>
+binder_status_t parcelableElementWriter(AParcel* parcel, const void* data, size_t index) {
+    return AParcel_writeParcelable(parcel, (*static_cast<const std::vector<P>*>(data))[index]);
 }
-template <typename P, typename = decltype(std::declval<P&>().readFromParcel(nullptr))>
-binder_status_t AParcel_readData(const AParcel* p, P* v) {
-    return v->readFromParcel(p);
+template <typename P>
+binder_status_t parcelableElementReader(const AParcel* parcel, void* data, size_t index) {
+    return AParcel_readParcelable(parcel, &(**static_cast<OptionalVector<P>*>(data))[index]);
 }
+
+// A vector, or a null one for a null pointer.
+template <typename T>
+binder_status_t writeArray(AParcel* parcel, const std::vector<T>* vec) {
+    const int32_t length = vec ? static_cast<int32_t>(vec->size()) : -1;
+    if constexpr (std::is_same_v<T, int32_t>) {
+        return AParcel_writeInt32Array(parcel, vec ? vec->data() : nullptr, length);
+    } else if constexpr (kIsString<T>) {
+        return AParcel_writeStringArray(parcel, vec, length, stringElementGetter<T>);
+    } else {
+        return AParcel_writeParcelableArray(parcel, vec, length, parcelableElementWriter<T>);
+    }
+}
+template <typename T>
+binder_status_t readArray(const AParcel* parcel, OptionalVector<T>* vec) {
+    if constexpr (std::is_same_v<T, int32_t>) {
+        return AParcel_readInt32Array(parcel, vec, int32Allocator);
+    } else if constexpr (kIsString<T>) {
+        return AParcel_readStringArray(parcel, vec, vectorAllocator<T>, stringElementAllocator<T>);
+    } else {
+        return AParcel_readParcelableArray(parcel, vec, vectorAllocator<T>,
+                                           parcelableElementReader<T>);
+    }
+}
+}  // namespace parcel_detail
 
 template <typename T>
 binder_status_t AParcel_writeVector(AParcel* parcel, const std::vector<T>& vec) {
-    binder_status_t status = AParcel_writeInt32(parcel, static_cast<int32_t>(vec.size()));
-    for (const T& item : vec) {
-        if (status != STATUS_OK) return status;
-        status = AParcel_writeData(parcel, item);
-    }
-    return status;
+    return parcel_detail::writeArray(parcel, &vec);
 }
 template <typename T>
 binder_status_t AParcel_writeVector(AParcel* parcel, const std::optional<std::vector<T>>& vec) {
-    if (!vec) return AParcel_writeInt32(parcel, -1);
-    return AParcel_writeVector(parcel, *vec);
+    return parcel_detail::writeArray(parcel, vec ? &*vec : nullptr);
 }
-
 template <typename T>
 binder_status_t AParcel_readVector(const AParcel* parcel, std::optional<std::vector<T>>* vec) {
-    int32_t size = 0;
-    binder_status_t status = AParcel_readInt32(parcel, &size);
-    if (status != STATUS_OK) return status;
-    if (size < 0) {
-        vec->reset();
-        return STATUS_OK;
-    }
-    vec->emplace();
-    (*vec)->resize(static_cast<size_t>(size));
-    for (T& item : **vec) {
-        status = AParcel_readData(parcel, &item);
-        if (status != STATUS_OK) return status;
-    }
-    return STATUS_OK;
+    return parcel_detail::readArray(parcel, vec);
 }
 template <typename T>
 binder_status_t AParcel_readVector(const AParcel* parcel, std::vector<T>* vec) {
     std::optional<std::vector<T>> value;
-    binder_status_t status = AParcel_readVector(parcel, &value);
+    binder_status_t status = parcel_detail::readArray(parcel, &value);
     if (status != STATUS_OK) return status;
     if (!value) return STATUS_UNEXPECTED_NULL;
     *vec = std::move(*value);

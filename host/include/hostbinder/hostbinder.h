@@ -8,8 +8,11 @@
 // the service's binder thread). A call the service makes into a client's binder object while it
 // handles that client's synchronous call runs on the very thread that made the call (a nested
 // transaction), so it sees whatever that thread holds; any other call into the client (from a
-// thread the service started itself) runs on a binder thread of the host runtime while the
-// service waits.
+// thread the service started itself) and every death notice runs on a thread of the client
+// process's binder thread pool while the service waits. The test process is the one client
+// process: as on a device, it must start its pool (ABinderProcess_startThreadPool, or a thread in
+// ABinderProcess_joinThreadPool) to hear them; until then they wait, and the first that waits
+// logs one warning (tag "hostbinder"). reset() leaves the pool running.
 #pragma once
 
 #include <cstdint>
@@ -27,15 +30,22 @@ void declareService(const char* instance);
 // thread. The name stays declared.
 void killService(const char* instance);
 
-// Every running service dies (deaths delivered), then no services, no declarations, counters
-// zero, trace tags zero and trace markers cleared. For use between tests.
+// The named service dies at the next AIBinder_linkToDeath made on its binder, which then fails
+// with STATUS_DEAD_OBJECT: a service that crashes between a client's look-up and its link.
+void dieAtNextDeathLink(const char* instance);
+
+// Every running service dies (deaths delivered), then no services, no declarations, no pending
+// death-link faults, counters zero, trace tags zero and trace markers cleared. For use between
+// tests.
 void reset();
 
 // How many AServiceManager_* look-ups (isDeclared, checkService, getService, waitForService) were
 // made since reset().
 int serviceManagerCalls();
 
-// Returns when every queued death notification and callback has been delivered.
+// Returns when every queued death notification and callback has been delivered. In a process that
+// has no binder thread pool yet it returns once nothing runs: what waits for the pool stays
+// queued, and is delivered once the pool starts.
 void waitIdle();
 
 // Trace control: the enabled-tags mask, the markers written so far ("B|pid|name", "E|pid").

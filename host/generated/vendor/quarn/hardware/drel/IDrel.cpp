@@ -35,7 +35,7 @@ static binder_status_t _aidl_vendor_quarn_hardware_drel_IDrel_onTransact(
         }
         case (FIRST_CALL_TRANSACTION + 1 /*request*/): {
             DrelRequestParcel in_parcel;
-            if (binder_status_t ret = ::ndk::AParcel_readData(_aidl_in, &in_parcel);
+            if (binder_status_t ret = ::ndk::AParcel_readParcelable(_aidl_in, &in_parcel);
                 ret != STATUS_OK)
                 return ret;
             int32_t _aidl_return{};
@@ -68,7 +68,7 @@ static binder_status_t _aidl_vendor_quarn_hardware_drel_IDrel_onTransact(
         }
         case (FIRST_CALL_TRANSACTION + 3 /*stateRequest*/): {
             DrelRequestParcel in_parcel;
-            if (binder_status_t ret = ::ndk::AParcel_readData(_aidl_in, &in_parcel);
+            if (binder_status_t ret = ::ndk::AParcel_readParcelable(_aidl_in, &in_parcel);
                 ret != STATUS_OK)
                 return ret;
             std::vector<DrelRequestData> _aidl_return{};
@@ -85,7 +85,7 @@ static binder_status_t _aidl_vendor_quarn_hardware_drel_IDrel_onTransact(
         }
         case (FIRST_CALL_TRANSACTION + 4 /*listeningRegister*/): {
             DrelRequestParcel in_parcel;
-            if (binder_status_t ret = ::ndk::AParcel_readData(_aidl_in, &in_parcel);
+            if (binder_status_t ret = ::ndk::AParcel_readParcelable(_aidl_in, &in_parcel);
                 ret != STATUS_OK)
                 return ret;
             std::shared_ptr<IDrelCallback> in_callback;
@@ -308,7 +308,8 @@ std::function<void(const BpDrel::TransactionLog&)> BpDrel::logFunc;
                         asBinder(), TRANSACTION_request,
                         [&](AParcel* in) {
                             binder_status_t ret = STATUS_OK;
-                            if (ret == STATUS_OK) ret = ::ndk::AParcel_writeData(in, in_parcel);
+                            if (ret == STATUS_OK)
+                                ret = ::ndk::AParcel_writeParcelable(in, in_parcel);
                             return ret;
                         },
                         [&](const AParcel* out) { return AParcel_readInt32(out, _aidl_return); });
@@ -347,7 +348,8 @@ std::function<void(const BpDrel::TransactionLog&)> BpDrel::logFunc;
                         asBinder(), TRANSACTION_stateRequest,
                         [&](AParcel* in) {
                             binder_status_t ret = STATUS_OK;
-                            if (ret == STATUS_OK) ret = ::ndk::AParcel_writeData(in, in_parcel);
+                            if (ret == STATUS_OK)
+                                ret = ::ndk::AParcel_writeParcelable(in, in_parcel);
                             return ret;
                         },
                         [&](const AParcel* out) {
@@ -371,7 +373,8 @@ std::function<void(const BpDrel::TransactionLog&)> BpDrel::logFunc;
                         asBinder(), TRANSACTION_listeningRegister,
                         [&](AParcel* in) {
                             binder_status_t ret = STATUS_OK;
-                            if (ret == STATUS_OK) ret = ::ndk::AParcel_writeData(in, in_parcel);
+                            if (ret == STATUS_OK)
+                                ret = ::ndk::AParcel_writeParcelable(in, in_parcel);
                             if (ret == STATUS_OK)
                                 ret = IDrelCallback::writeToParcel(in, in_callback);
                             return ret;

@@ -9,6 +9,7 @@
 #include <android/binder_to_string.h>
 
 #include <chrono>
+#include <climits>
 #include <functional>
 #include <string>
 #include <utility>
@@ -70,6 +71,39 @@ binder_status_t stubReply(AParcel* out, const ::ndk::ScopedAStatus& status,
     binder_status_t ret = AParcel_writeStatusHeader(out, status.get());
     if (ret != STATUS_OK || !AStatus_isOk(status.get())) return ret;
     return writeReply(out);
+}
+
+// Writes a parcelable as aidl does: its size in bytes from the size field to the end of the last
+// field (0 until the fields are written), then the fields.
+template <typename WriteFields>
+binder_status_t writeSized(AParcel* parcel, WriteFields&& writeFields) {
+    const int32_t start = AParcel_getDataPosition(parcel);
+    binder_status_t status = AParcel_writeInt32(parcel, 0);
+    if (status == STATUS_OK) status = writeFields();
+    if (status != STATUS_OK) return status;
+    const int32_t end = AParcel_getDataPosition(parcel);
+    AParcel_setDataPosition(parcel, start);
+    status = AParcel_writeInt32(parcel, end - start);
+    AParcel_setDataPosition(parcel, end);
+    return status;
+}
+
+// Reads it back: the size, each field the record holds, then on to its end, so that fields a
+// newer writer added are skipped.
+template <typename... ReadField>
+binder_status_t readSized(const AParcel* parcel, ReadField&&... readField) {
+    const int32_t start = AParcel_getDataPosition(parcel);
+    int32_t size = 0;
+    binder_status_t status = AParcel_readInt32(parcel, &size);
+    if (status != STATUS_OK) return status;
+    if (size < 0 || start > INT32_MAX - size) return STATUS_BAD_VALUE;
+    auto next = [&](auto& read) {
+        if (status == STATUS_OK && AParcel_getDataPosition(parcel) - start < size) status = read();
+    };
+    (next(readField), ...);
+    if (status != STATUS_OK) return status;
+    AParcel_setDataPosition(parcel, start + size);
+    return STATUS_OK;
 }
 
 inline binder_status_t noArgs(AParcel*) {
