@@ -84,6 +84,20 @@ TEST_F(ClassConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFails) {
     EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared is asked twice";
 }
 
+// A service that dies between the look-up and the link leaves no proxy behind: the call fails
+// after the link line, and the next one connects to the restarted service.
+TEST_F(ClassConnectionTest, AServiceDyingAtTheLinkLeavesNoProxyAndTheNextCallReconnects) {
+    hostbinder::dieAtNextDeathLink(kInstance);
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(1));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{info("drel client drelResCtlRelease"),
+                                    error("Unable to link to g_drel_hal death notifications!")}));
+    EXPECT_FALSE(classConnected());
+    startService();
+    EXPECT_CALL(*service, release(1, _)).WillOnce(ReturnResult(0));
+    EXPECT_EQ(0, Hal::drelResCtlRelease(1));
+}
+
 // Every operation, under the name its failure line gives it; -1 (or an empty property) when it
 // fails. The lists are paired, so that only the service's answer decides.
 ResourceList gList{res(0x10, "1")};

@@ -25,6 +25,11 @@ const LogLine kConnectError =
         qelLine(ANDROID_LOG_ERROR, "qel_get_drel_hal_and_link_to_death error:-1");
 const LogLine kDied = qelLine(ANDROID_LOG_ERROR, "Drel HAL Service died");
 
+bool flatConnected() {
+    std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
+    return g_qel_hal != nullptr;
+}
+
 bool classConnected() {
     std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
     return g_drel_hal != nullptr;
@@ -68,6 +73,20 @@ TEST_F(FlatConnectionTest, DeclaredServiceThatIsNotRunningFailsAtOnce) {
               (std::vector<LogLine>{kInitEnter,
                                     qelLine(ANDROID_LOG_ERROR, "Drel HAL Service not found"),
                                     kConnectError}));
+}
+
+TEST_F(FlatConnectionTest, AServiceDyingAtTheLinkLeavesNoProxyAndTheNextCallReconnects) {
+    hostbinder::dieAtNextDeathLink(kInstance);
+    EXPECT_EQ(-1, qelInit());
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{kInitEnter,
+                                    qelLine(ANDROID_LOG_ERROR,
+                                            "Unable to link to g_qel_hal death notifications!"),
+                                    kConnectError}));
+    EXPECT_FALSE(flatConnected());
+    startService();
+    EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
+    EXPECT_EQ(0, qelInit());
 }
 
 TEST_F(FlatConnectionTest, DeathDropsTheProxyAndTheNextCallLinksANewRecipient) {

@@ -1,12 +1,16 @@
-// The host stand-in's binder runtime behaves as the device's does where the library depends on
-// it: the thread a call into the client runs on, death, reference counts.
+// The host stand-in's binder runtime behaves as the device's does where the library and the
+// generated code depend on it: the thread a call into the client runs on and the thread pool it
+// waits for, death, reference counts, and the parcel's positions and wire layout.
 
 #include <aidl/vendor/quarn/hardware/drel/BnDrelCallback.h>
 #include <aidl/vendor/quarn/hardware/drel/IDrel.h>
 #include <android/binder_manager.h>
+#include <android/binder_parcel_utils.h>
+#include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
+#include <cstring>
 #include <functional>
 #include <thread>
 
@@ -21,6 +25,7 @@ using ::testing::_;
 using ::testing::DoAll;
 using ::testing::Invoke;
 using ::testing::SaveArg;
+using Strings = std::optional<std::vector<std::optional<std::string>>>;
 
 // Records the thread and data of each call; `onCall`, when set, runs inside the call.
 class RecordingCallback : public BnDrelCallback {
@@ -150,6 +155,165 @@ TEST_F(HostBinderTest, BindersAndProxiesHoldTheirObjectsUntilReleasedOrDead) {
     killService();
     EXPECT_TRUE(weak.expired()) << "a dead process holds no references";
     EXPECT_EQ(STATUS_DEAD_OBJECT, kept->onCallback({}).getStatus());
+}
+
+// A process that has not started its binder thread pool hears nothing from a service's own thread
+// until it does: the report waits (one warning says why), waitIdle() does not wait for it, and it
+// arrives once the pool starts. A nested call needs no pool. Run in a fresh process, since every
+// fixture starts this one's pool.
+TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesOnceItStarts) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    auto child = [] {
+        LogCapture log;
+        auto service = ::ndk::SharedRefBase::make<::testing::NiceMock<MockDrel>>();
+        std::shared_ptr<IDrelCallback> kept;
+        EXPECT_CALL(*service, thermalListeningRegister(_, _, _))
+                .WillOnce(DoAll(SaveArg<1>(&kept), Invoke([&](auto&, auto& cb, int32_t* h) {
+                                    *h = 1;
+                                    return cb->onCallback({});  // nested
+                                })));
+        AServiceManager_addService(service->asBinder().get(), kInstance);
+        auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
+        int32_t handle = 0;
+        bool ok = connect()->thermalListeningRegister({1}, callback, &handle).isOk();
+        std::thread reporter([&] { ok = kept->onCallback({}).isOk() && ok; });
+        const LogLine warning{ANDROID_LOG_WARN, "hostbinder",
+                              "a call into this process waits for a binder thread pool: call "
+                              "ABinderProcess_startThreadPool()"};
+        while (!log.contains(warning)) std::this_thread::yield();
+        hostbinder::waitIdle();
+        const size_t heardBeforePool = callback->received.size();
+        ABinderProcess_startThreadPool();
+        reporter.join();
+        std::fprintf(stderr, "ok %d, heard %zu then %zu\n", ok, heardBeforePool,
+                     callback->received.size());
+        std::_Exit(ok && heardBeforePool == 1 && callback->received.size() == 2 ? 0 : 1);
+    };
+    EXPECT_EXIT(child(), ::testing::ExitedWithCode(0), "");
+}
+
+// Hands out exactly the bytes asked for, so that ASan catches a write past them.
+struct ExactBuffer {
+    std::vector<int32_t> asked;
+    std::unique_ptr<char[]> bytes;
+};
+bool exactAllocator(void* data, int32_t length, char** buffer) {
+    auto* exact = static_cast<ExactBuffer*>(data);
+    exact->asked.push_back(length);
+    if (length > 0) exact->bytes.reset(*buffer = new char[length]);
+    return true;
+}
+
+TEST(HostParcelTest, StringAllocatorsAreAskedForTheLengthWithTheTerminator) {
+    const std::string longText(300, 'x');
+    const std::pair<const char*, int32_t> rows[] = {{"", 1},
+                                                    {"abc", 4},
+                                                    {longText.c_str(), 301},
+                                                    {"\u00e9\u20ac\U0001F600", 10},
+                                                    {nullptr, -1}};
+    for (const auto& [text, asked] : rows) {
+        SCOPED_TRACE(asked);
+        ::ndk::ScopedAParcel parcel(AParcel_create());
+        const int32_t length = text ? static_cast<int32_t>(std::strlen(text)) : -1;
+        ASSERT_EQ(STATUS_OK, AParcel_writeString(parcel.get(), text, length));
+        AParcel_setDataPosition(parcel.get(), 0);
+        ExactBuffer read;
+        ASSERT_EQ(STATUS_OK, AParcel_readString(parcel.get(), &read, exactAllocator));
+        EXPECT_EQ(std::vector<int32_t>{asked}, read.asked);
+        if (text) {
+            EXPECT_STREQ(text, read.bytes.get());
+        }
+    }
+}
+
+// Writes go to the position, so that going back overwrites; a bool is an int32; a position past
+// the end is no error, but reading there is.
+TEST(HostParcelTest, WritesGoToThePositionAndOverwriteWhatIsThere) {
+    ::ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel* p = parcel.get();
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(p, 1));
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt64(p, 2));
+    EXPECT_EQ(12, AParcel_getDataPosition(p));
+    AParcel_setDataPosition(p, 0);
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32(p, 7));
+    EXPECT_EQ(4, AParcel_getDataPosition(p));
+    EXPECT_EQ(12, AParcel_getDataSize(p));
+    AParcel_setDataPosition(p, 0);
+    int32_t first = 0;
+    int64_t second = 0;
+    bool flag = false;
+    EXPECT_EQ(STATUS_OK, AParcel_readInt32(p, &first));
+    EXPECT_EQ(STATUS_OK, AParcel_readInt64(p, &second));
+    EXPECT_EQ(std::make_pair(7, int64_t{2}), std::make_pair(first, second));
+    AParcel_setDataPosition(p, 0);
+    EXPECT_EQ(STATUS_OK, AParcel_readBool(p, &flag));
+    EXPECT_TRUE(flag);
+    EXPECT_EQ(STATUS_OK, AParcel_setDataPosition(p, 100));
+    EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(p, &first));
+    EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(p, -1));
+}
+
+// A record is its size in bytes, then its fields: a reader takes the fields the size covers and
+// moves past the rest, so an older reader skips a newer writer's field and a newer reader leaves
+// the fields an older writer lacks at their defaults.
+TEST(HostParcelTest, ParcelablesAreSizePrefixedSoReadersSkipOrDefaultOtherVersionsFields) {
+    DrelRequestData written;
+    written.resId = 5;
+    written.resParam = 6;
+    written.resPath = "/p";
+    for (bool newer : {true, false}) {
+        ::ndk::ScopedAParcel parcel(AParcel_create());
+        AParcel* p = parcel.get();
+        if (newer) {
+            ASSERT_EQ(STATUS_OK, written.writeToParcel(p));
+            AParcel_writeInt32(p, 99);  // a field this reader does not know
+        } else {
+            for (int32_t field : {0, 5, 6}) AParcel_writeInt32(p, field);  // resId, resParam only
+        }
+        const int32_t end = AParcel_getDataPosition(p);
+        AParcel_setDataPosition(p, 0);
+        AParcel_writeInt32(p, end);
+        AParcel_setDataPosition(p, end);
+        AParcel_writeInt32(p, 42);
+        AParcel_setDataPosition(p, 0);
+        DrelRequestData read;
+        ASSERT_EQ(STATUS_OK, read.readFromParcel(p));
+        DrelRequestData expected = written;
+        if (!newer) expected.resPath.reset();
+        EXPECT_EQ(expected, read) << read.toString();
+        int32_t next = 0;
+        EXPECT_EQ(STATUS_OK, AParcel_readInt32(p, &next));
+        EXPECT_EQ(42, next) << "the reader stops at the record's end";
+    }
+}
+
+// Arrays are a length (-1 for null) then the elements; each parcelable element is marked present.
+TEST(HostParcelTest, ArraysAreALengthThenTheElements) {
+    ::ndk::ScopedAParcel parcel(AParcel_create());
+    AParcel* p = parcel.get();
+    DrelRequestData data;
+    data.resId = 8;
+    const Strings strings{{"a", std::nullopt}};
+    ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, std::vector<int32_t>{1, 2}));
+    ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, std::optional<std::vector<int32_t>>()));
+    const int32_t stringsAt = AParcel_getDataPosition(p);
+    ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, strings));
+    const int32_t dataAt = AParcel_getDataPosition(p);
+    ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, std::vector<DrelRequestData>{data}));
+    AParcel_setDataPosition(p, 0);
+    std::vector<int32_t> words(5);
+    for (int32_t& word : words) AParcel_readInt32(p, &word);
+    EXPECT_EQ((std::vector<int32_t>{2, 1, 2, -1, 2}), words);
+    AParcel_setDataPosition(p, dataAt);
+    for (int32_t& word : words) AParcel_readInt32(p, &word);
+    EXPECT_EQ((std::vector<int32_t>{1, 1, 24, 8, 0}), words) << "length, present, size, resId";
+    AParcel_setDataPosition(p, stringsAt);
+    Strings readStrings;
+    std::vector<DrelRequestData> readData;
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readStrings));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readData));
+    EXPECT_EQ(strings, readStrings);
+    EXPECT_EQ(std::vector<DrelRequestData>{data}, readData);
 }
 
 }  // namespace
