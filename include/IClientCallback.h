@@ -2,7 +2,9 @@
 //
 // A caller passes one of these, held by std::shared_ptr, with a request or a listening
 // registration. The library keeps it alive for as long as the registration (or the one-shot
-// request) needs it and calls onCallback each time the service reports: on a binder thread, or,
+// request) needs it and calls onCallback each time the service reports: on a binder thread of the
+// caller process's thread pool, which the process must start (ABinderProcess_startThreadPool;
+// without one such reports never arrive), or,
 // for a report the service sends while it handles a call of this process (for example from
 // inside the registration or the request itself), on the thread that made that call, before the
 // call returns. Implementations must therefore be thread-safe, must not wait for another thread

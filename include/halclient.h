@@ -13,6 +13,12 @@
 // callback. Calls proceed in parallel; connecting and resetting the connection wait for calls in
 // flight.
 //
+// Binder threads: the library starts none. A report the service sends from a thread of its own,
+// and the death notice that drops the connection, arrive on the caller process's binder thread
+// pool, which the process must start (ABinderProcess_startThreadPool, or a thread in
+// ABinderProcess_joinThreadPool); a process without one hears no such reports, and the service's
+// reporting thread waits on it.
+//
 // Calls from inside a callback. A report the service sends from a thread of its own reaches the
 // callback on a binder thread, with no library lock held: any operation may be called from it. A
 // report the service sends while it handles a synchronous call of this process (the current value

@@ -4,7 +4,9 @@
 // ("vendor.quarn.hardware.drel.IDrel/default") over a connection of their own, separate from the
 // class API's. Every call is synchronous: it connects lazily (without ever waiting for a service
 // that is not running), makes one binder call and returns a handle or the service's answer, or
-// -1 on any failure. A service restart is survived by reconnecting on the next call.
+// -1 on any failure. A service restart is survived by reconnecting on the next call. The death
+// notice that drops the connection arrives on the process's binder thread pool, which the caller
+// must start (ABinderProcess_startThreadPool); the library starts no threads.
 //
 // Thread safety: every function may be called from any thread at any time; calls proceed in
 // parallel and are serialised only against connecting and resetting the connection.
