@@ -4,9 +4,8 @@
 // call of each API after a restart succeeds; one-shots are called once at most; at the end no
 // listening registration is left, only one-shot clients never reported on are parked (once), and
 // a listener whose unregistration the service confirmed hears nothing more.
-// Parameters (environment): QEL_STRESS_THREADS (8), QEL_STRESS_KILLS (100),
-// QEL_STRESS_INTERVAL_MS (longest wait between kills, 20), QEL_STRESS_SEED (1),
-// QEL_STRESS_BOUND_S (deadlock bound, 300).
+// Environment: QEL_STRESS_THREADS (8), QEL_STRESS_KILLS (100), QEL_STRESS_INTERVAL_MS (longest
+// wait between kills, 20), QEL_STRESS_SEED (1), QEL_STRESS_BOUND_S (deadlock bound, 300).
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <gtest/gtest.h>
@@ -15,7 +14,6 @@
 #include <algorithm>
 #include <atomic>
 #include <deque>
-#include <iterator>
 #include <list>
 #include <memory>
 #include <mutex>
@@ -84,8 +82,6 @@ struct Callback : IClientCallback, IClientCallbackByPath {
     std::atomic<int> calls{0};
     std::atomic<bool> dropped{false};
 };
-std::mutex oneShotMutex;
-std::vector<std::shared_ptr<Callback>> oneShots;
 
 // Callers run each step inside a shared hold of `gate`; the chaos thread pauses them by taking
 // it whole, holding `turnstile` meanwhile so that no caller starts another step.
@@ -106,10 +102,7 @@ struct Caller {
     // An id of its own, so that no two registrations listen to equal lists.
     int ownId() { return 0x02000000 + index * 0x10000 + (++serial & 0xffff); }
     std::shared_ptr<Callback> listen() { return listener = std::make_shared<Callback>(false); }
-    std::shared_ptr<Callback> oneShot() {
-        std::lock_guard<std::mutex> lock(oneShotMutex);
-        return oneShots.emplace_back(std::make_shared<Callback>(true));
-    }
+    std::shared_ptr<Callback> oneShot() { return oneShots.emplace_back(new Callback(true)); }
 
     void keep(Api api, int handle) {
         answer("a request", handle);
@@ -164,7 +157,7 @@ struct Caller {
     std::shared_ptr<Callback> listener;
     std::deque<std::pair<Api, int>> handles;
     std::deque<std::tuple<int, std::shared_ptr<Callback>, bool>> registrations;
-    std::vector<std::shared_ptr<Callback>> orphans, confirmed;
+    std::vector<std::shared_ptr<Callback>> orphans, confirmed, oneShots;
 };
 
 // One row per distinct path through the library; each checks its own result.
@@ -239,10 +232,12 @@ void checkNextCalls(DrelService& service, std::optional<DrelService::FaultPlan> 
 
 // No listening registration is left, and only one-shot clients never reported on are parked,
 // each once.
-void checkRegistries() {
+void checkRegistries(const std::deque<Caller>& callers) {
     std::set<const void*> unreported, parked;
-    for (const auto& callback : oneShots) {
-        if (callback->calls == 0) unreported.insert(callback.get());
+    for (const Caller& caller : callers) {
+        for (const auto& callback : caller.oneShots) {
+            if (callback->calls == 0) unreported.insert(callback.get());
+        }
     }
     std::lock_guard<std::mutex> groupLock(callback_group_mutex);
     EXPECT_TRUE(callback_groups.empty()) << callback_groups.size() << " registrations left";
@@ -276,12 +271,11 @@ TEST(ChaosTest, SurvivesKillsRestartsAndTheServicesFaultsOnEveryPath) {
     startService(0);
 
     std::atomic<bool> stop{false};
-    std::vector<std::unique_ptr<Caller>> callers;
+    std::deque<Caller> callers;  // a deque: its elements stay where they are
     std::vector<std::thread> workers;
     for (int i = 0; i < threads; ++i) {
-        Caller* caller = callers.emplace_back(std::make_unique<Caller>(seed, i)).get();
-        workers.emplace_back([&stop, caller] {
-            while (!stop) caller->step();
+        workers.emplace_back([&stop, &caller = callers.emplace_back(seed, i)] {
+            while (!stop) caller.step();
         });
     }
     std::mt19937_64 chaos(seed * 31 + 17);
@@ -304,11 +298,11 @@ TEST(ChaosTest, SurvivesKillsRestartsAndTheServicesFaultsOnEveryPath) {
     stop = true;
     for (std::thread& worker : workers) worker.join();
     hostbinder::waitIdle();
-    for (auto& caller : callers) caller->cleanUp();
+    for (Caller& caller : callers) caller.cleanUp();
     hostbinder::waitIdle();
     checkNextCalls(*service, std::nullopt, kills + 1, true);
     hostbinder::waitIdle();
-    checkRegistries();
+    checkRegistries(callers);
     EXPECT_EQ(0, findings.load()) << "violations (the first 20 are reported above)";
     EXPECT_GT(faults + service->faultsInjected(), 0u) << "no fault was injected: no chaos";
     hostbinder::reset();
