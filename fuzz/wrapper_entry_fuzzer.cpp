@@ -2,7 +2,6 @@
 // QelReleaseWapper) with arbitrary arguments against a recording service: each report makes at
 // most one rule control, each event at most one request, and an event id that does not begin
 // with the event prefix makes none.
-#include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <fuzzer/FuzzedDataProvider.h>
@@ -14,16 +13,14 @@
 #include <vector>
 
 #include "QelWrapper.h"
+#include "drel-service/DrelService.h"
 
 namespace {
 
-using ::aidl::vendor::quarn::hardware::drel::BnDrel;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
-using ::aidl::vendor::quarn::hardware::drel::IDrelCallback;
+using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using ::ndk::ScopedAStatus;
-using Callback = std::shared_ptr<IDrelCallback>;
-using Records = std::vector<DrelRequestData>;
 
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
@@ -31,13 +28,12 @@ void require(bool promise) {
     if (!promise) __builtin_trap();
 }
 
-// Answers every call with success and counts the rule controls and requests it is given.
-class RecordingService : public BnDrel {
-public:
+// The example service, counting the rule controls and requests it is given; a request is
+// answered without being held, so that none outlives its input.
+struct RecordingService : DrelService {
     std::atomic<int> ruleControls{0};
     std::atomic<int> requests{0};
 
-    ScopedAStatus init() override { return ScopedAStatus::ok(); }
     ScopedAStatus request(const DrelRequestParcel& parcel, int32_t* out) override {
         ++requests;
         // An event names its command by a leading record within the catalogue.
@@ -46,35 +42,11 @@ public:
         *out = 1;
         return ScopedAStatus::ok();
     }
-    ScopedAStatus ruleCtl(int32_t, int32_t, const Records& data, int32_t* out) override {
+    ScopedAStatus ruleCtl(int32_t ruleId, int32_t status, const std::vector<DrelRequestData>& data,
+                          int32_t* out) override {
         ++ruleControls;
         for (const DrelRequestData& record : data) require(record.resValue.has_value());
-        return zero(out);
-    }
-    // Not called by the wrapper.
-    ScopedAStatus release(int32_t, int32_t* out) override { return zero(out); }
-    ScopedAStatus stateRequest(const DrelRequestParcel&, Records*) override { return zero(); }
-    ScopedAStatus listeningRegister(const DrelRequestParcel&, const Callback&,
-                                    int32_t* out) override {
-        return zero(out);
-    }
-    ScopedAStatus listeningUnregister(int32_t, int32_t* out) override { return zero(out); }
-    ScopedAStatus propertyGet(const std::string&, std::string*) override { return zero(); }
-    ScopedAStatus propertySet(const std::string&, const std::string&, int32_t* out) override {
-        return zero(out);
-    }
-    ScopedAStatus thermalListeningRegister(const std::vector<int32_t>&, const Callback&,
-                                           int32_t* out) override {
-        return zero(out);
-    }
-    ScopedAStatus thermalListeningUnregister(int32_t, int32_t* out) override { return zero(out); }
-    ScopedAStatus reserved11() override { return zero(); }
-    ScopedAStatus setRelatedSysInfo(int32_t, int64_t, int32_t* out) override { return zero(out); }
-
-private:
-    static ScopedAStatus zero(int32_t* out = nullptr) {
-        if (out != nullptr) *out = 0;
-        return ScopedAStatus::ok();
+        return DrelService::ruleCtl(ruleId, status, data, out);
     }
 };
 

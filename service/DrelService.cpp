@@ -399,195 +399,269 @@ void DrelService::deliver(Reports& reports) {
     reports.clear();
 }
 
+// ---- faults ----
+
+void DrelService::setFaultPlan(std::optional<FaultPlan> plan) {
+    std::lock_guard<std::mutex> lock(mutex_);
+    faultPlan_ = std::move(plan);
+    faultCalls_ = 0;
+}
+
+uint64_t DrelService::faultsInjected() const {
+    std::lock_guard<std::mutex> lock(mutex_);
+    return faultsInjected_;
+}
+
+std::pair<uint32_t, uint64_t> DrelService::drawFault() {
+    std::lock_guard<std::mutex> lock(mutex_);
+    if (!faultPlan_) return {0, 0};
+    // splitmix64 of the seed and the call's number: the same plan gives the same faults.
+    uint64_t r = faultPlan_->seed + 0x9e3779b97f4a7c15ULL * ++faultCalls_;
+    r = (r ^ (r >> 30)) * 0xbf58476d1ce4e5b9ULL;
+    r = (r ^ (r >> 27)) * 0x94d049bb133111ebULL;
+    r ^= r >> 31;
+    const uint32_t allowed = faultPlan_->faults & kAnyFault;
+    if (allowed == 0 || static_cast<int>(r % 100) >= faultPlan_->percent) return {0, 0};
+    // The (r / 100 mod count)-th of the allowed ways.
+    int count = 0;
+    for (uint32_t bit = 1; bit <= kAnyFault; bit <<= 1) count += (allowed & bit) != 0;
+    int pick = static_cast<int>((r / 100) % static_cast<uint64_t>(count));
+    uint32_t fault = 1;
+    for (; (allowed & fault) == 0 || pick-- > 0; fault <<= 1) {
+    }
+    ++faultsInjected_;
+    const uint64_t lateBy = static_cast<uint64_t>(std::max<int64_t>(0, faultPlan_->lateBy.count()));
+    // A late answer's draw is its delay in microseconds.
+    return {fault, fault == kLateAnswer ? (r >> 24) % (lateBy + 1) : r >> 24};
+}
+
+template <typename Work>
+::ndk::ScopedAStatus DrelService::withFaults(Work work) {
+    const auto [fault, draw] = drawFault();
+    if (fault == kFailedTransaction)
+        return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+    if (fault == kException) return ::ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
+    if (fault == kServiceSpecificError) {
+        return ::ndk::ScopedAStatus::fromServiceSpecificError(-2 - static_cast<int32_t>(draw % 63));
+    }
+    if (fault == kLateAnswer) std::this_thread::sleep_for(std::chrono::microseconds(draw));
+    ::ndk::ScopedAStatus status = work();
+    // The work is done, but the caller never hears of it.
+    if (fault == kLostReply) return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
+    return status;
+}
+
 // ---- IDrel ----
 
 ::ndk::ScopedAStatus DrelService::init() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    ++initCount_;
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        ++initCount_;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::request(const DrelRequestParcel& parcel, int32_t* _aidl_return) {
-    Reports reports;
-    int32_t result = -1;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        expireLocked(reports);
-        if (holdsResources(parcel.requestType)) {
-            result = addRequestLocked(parcel, reports);
-        } else if (parcel.requestType == kKindDiagnostic) {
-            result = diagnosticLocked(parcel);
-        } else if (parcel.requestType == kKindThermal) {
-            result = thermalNotifyLocked(parcel, reports);
-        } else if (parcel.requestType == kKindNotify) {
-            if (options_.notificationCapacity > 0) {
-                notifications_.push_back(parcel.resources);
-                while (notifications_.size() > options_.notificationCapacity) {
-                    notifications_.pop_front();
+    return withFaults([&] {
+        Reports reports;
+        int32_t result = -1;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            expireLocked(reports);
+            if (holdsResources(parcel.requestType)) {
+                result = addRequestLocked(parcel, reports);
+            } else if (parcel.requestType == kKindDiagnostic) {
+                result = diagnosticLocked(parcel);
+            } else if (parcel.requestType == kKindThermal) {
+                result = thermalNotifyLocked(parcel, reports);
+            } else if (parcel.requestType == kKindNotify) {
+                if (options_.notificationCapacity > 0) {
+                    notifications_.push_back(parcel.resources);
+                    while (notifications_.size() > options_.notificationCapacity) {
+                        notifications_.pop_front();
+                    }
                 }
+                result = 0;
+            } else {
+                __android_log_print(ANDROID_LOG_WARN, kLogTag, "request of kind %d is not handled",
+                                    parcel.requestType);
             }
-            result = 0;
-        } else {
-            __android_log_print(ANDROID_LOG_WARN, kLogTag, "request of kind %d is not handled",
-                                parcel.requestType);
         }
-    }
-    deliver(reports);
-    *_aidl_return = result;
-    return ::ndk::ScopedAStatus::ok();
+        deliver(reports);
+        *_aidl_return = result;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::release(int32_t handle, int32_t* _aidl_return) {
-    Reports reports;
-    int32_t result = -1;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        expireLocked(reports);
-        if (requests_.count(handle) != 0) {
-            dropRequestLocked(handle, reports);
-            result = 0;
-        } else {
-            __android_log_print(ANDROID_LOG_WARN, kLogTag, "release of unknown handle %d", handle);
+    return withFaults([&] {
+        Reports reports;
+        int32_t result = -1;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            expireLocked(reports);
+            if (requests_.count(handle) != 0) {
+                dropRequestLocked(handle, reports);
+                result = 0;
+            } else {
+                __android_log_print(ANDROID_LOG_WARN, kLogTag, "release of unknown handle %d",
+                                    handle);
+            }
         }
-    }
-    deliver(reports);
-    *_aidl_return = result;
-    return ::ndk::ScopedAStatus::ok();
+        deliver(reports);
+        *_aidl_return = result;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::stateRequest(const DrelRequestParcel& parcel,
                                                std::vector<DrelRequestData>* _aidl_return) {
-    Reports reports;
-    std::vector<DrelRequestData> reply;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        expireLocked(reports);
-        switch (parcel.requestType) {
-            case kKindState:
-                for (const DrelRequestData& record : parcel.resources) {
-                    std::optional<Key> key = keyOf(record);
-                    if (key) reply.push_back(recordOf(*key, valueLocked(*key)));
-                }
-                break;
-            case kKindHistory:
-                for (const HistoryEntry& entry : history_) {
-                    DrelRequestData record;
-                    record.resId = entry.handle;
-                    record.resParam = entry.kind;
-                    record.resExtra = entry.text;
-                    reply.push_back(std::move(record));
-                }
-                break;
-            case kKindPowerMode:
-                if (!parcel.resources.empty()) {
-                    const int32_t mode = parcel.resources[0].resId;
-                    DrelRequestData record;
-                    record.resId = mode;
-                    record.resValue = std::to_string(leadingInteger(valueLocked(Key{mode, {}})));
-                    reply.push_back(std::move(record));
-                }
-                break;
-            default:
-                __android_log_print(ANDROID_LOG_WARN, kLogTag, "query of kind %d is not handled",
-                                    parcel.requestType);
-                break;
+    return withFaults([&] {
+        Reports reports;
+        std::vector<DrelRequestData> reply;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            expireLocked(reports);
+            switch (parcel.requestType) {
+                case kKindState:
+                    for (const DrelRequestData& record : parcel.resources) {
+                        std::optional<Key> key = keyOf(record);
+                        if (key) reply.push_back(recordOf(*key, valueLocked(*key)));
+                    }
+                    break;
+                case kKindHistory:
+                    for (const HistoryEntry& entry : history_) {
+                        DrelRequestData record;
+                        record.resId = entry.handle;
+                        record.resParam = entry.kind;
+                        record.resExtra = entry.text;
+                        reply.push_back(std::move(record));
+                    }
+                    break;
+                case kKindPowerMode:
+                    if (!parcel.resources.empty()) {
+                        const int32_t mode = parcel.resources[0].resId;
+                        DrelRequestData record;
+                        record.resId = mode;
+                        record.resValue =
+                                std::to_string(leadingInteger(valueLocked(Key{mode, {}})));
+                        reply.push_back(std::move(record));
+                    }
+                    break;
+                default:
+                    __android_log_print(ANDROID_LOG_WARN, kLogTag,
+                                        "query of kind %d is not handled", parcel.requestType);
+                    break;
+            }
         }
-    }
-    deliver(reports);
-    *_aidl_return = std::move(reply);
-    return ::ndk::ScopedAStatus::ok();
+        deliver(reports);
+        *_aidl_return = std::move(reply);
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::listeningRegister(const DrelRequestParcel& parcel,
                                                     const std::shared_ptr<IDrelCallback>& callback,
                                                     int32_t* _aidl_return) {
-    if (!callback) {
-        *_aidl_return = -1;
-        return ::ndk::ScopedAStatus::ok();
-    }
-    Listener listener{{}, callback};
-    for (const DrelRequestData& record : parcel.resources) {
-        std::optional<Key> key = keyOf(record);
-        if (key &&
-            std::find(listener.keys.begin(), listener.keys.end(), *key) == listener.keys.end()) {
-            listener.keys.push_back(std::move(*key));
+    return withFaults([&] {
+        if (!callback) {
+            *_aidl_return = -1;
+            return ::ndk::ScopedAStatus::ok();
         }
-    }
-    Reports reports;
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        // Changes that were due before the registration are not reported to it.
-        expireLocked(reports);
-        *_aidl_return = allocateHandleLocked();
-        listeners_.emplace(*_aidl_return, std::move(listener));
-    }
-    deliver(reports);
-    return ::ndk::ScopedAStatus::ok();
+        Listener listener{{}, callback};
+        for (const DrelRequestData& record : parcel.resources) {
+            std::optional<Key> key = keyOf(record);
+            if (key && std::find(listener.keys.begin(), listener.keys.end(), *key) ==
+                               listener.keys.end()) {
+                listener.keys.push_back(std::move(*key));
+            }
+        }
+        Reports reports;
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            // Changes that were due before the registration are not reported to it.
+            expireLocked(reports);
+            *_aidl_return = allocateHandleLocked();
+            listeners_.emplace(*_aidl_return, std::move(listener));
+        }
+        deliver(reports);
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::listeningUnregister(int32_t handle, int32_t* _aidl_return) {
-    std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto found = listeners_.find(handle);
-        if (found == listeners_.end()) {
-            *_aidl_return = -1;
-        } else {
-            dropped = std::move(found->second.callback);
-            listeners_.erase(found);
-            *_aidl_return = 0;
+    return withFaults([&] {
+        std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = listeners_.find(handle);
+            if (found == listeners_.end()) {
+                *_aidl_return = -1;
+            } else {
+                dropped = std::move(found->second.callback);
+                listeners_.erase(found);
+                *_aidl_return = 0;
+            }
         }
-    }
-    return ::ndk::ScopedAStatus::ok();
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::propertyGet(const std::string& name, std::string* _aidl_return) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = properties_.find(name);
-    *_aidl_return = found == properties_.end() ? std::string() : found->second;
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        auto found = properties_.find(name);
+        *_aidl_return = found == properties_.end() ? std::string() : found->second;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::propertySet(const std::string& name, const std::string& value,
                                               int32_t* _aidl_return) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (name.empty()) {
-        *_aidl_return = -1;
-    } else {
-        properties_[name] = value;
-        *_aidl_return = 0;
-    }
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (name.empty()) {
+            *_aidl_return = -1;
+        } else {
+            properties_[name] = value;
+            *_aidl_return = 0;
+        }
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::thermalListeningRegister(
         const std::vector<int32_t>& ids, const std::shared_ptr<IDrelCallback>& callback,
         int32_t* _aidl_return) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (!callback) {
-        *_aidl_return = -1;
-    } else {
-        *_aidl_return = allocateHandleLocked();
-        thermalListeners_.emplace(*_aidl_return, ThermalListener{ids, callback});
-    }
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        if (!callback) {
+            *_aidl_return = -1;
+        } else {
+            *_aidl_return = allocateHandleLocked();
+            thermalListeners_.emplace(*_aidl_return, ThermalListener{ids, callback});
+        }
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::thermalListeningUnregister(int32_t handle,
                                                              int32_t* _aidl_return) {
-    std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
-    {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto found = thermalListeners_.find(handle);
-        if (found == thermalListeners_.end()) {
-            *_aidl_return = -1;
-        } else {
-            dropped = std::move(found->second.callback);
-            thermalListeners_.erase(found);
-            *_aidl_return = 0;
+    return withFaults([&] {
+        std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
+        {
+            std::lock_guard<std::mutex> lock(mutex_);
+            auto found = thermalListeners_.find(handle);
+            if (found == thermalListeners_.end()) {
+                *_aidl_return = -1;
+            } else {
+                dropped = std::move(found->second.callback);
+                thermalListeners_.erase(found);
+                *_aidl_return = 0;
+            }
         }
-    }
-    return ::ndk::ScopedAStatus::ok();
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::reserved11() {
@@ -596,19 +670,23 @@ void DrelService::deliver(Reports& reports) {
 
 ::ndk::ScopedAStatus DrelService::setRelatedSysInfo(int32_t type, int64_t info,
                                                     int32_t* _aidl_return) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    sysInfo_[type] = info;
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        sysInfo_[type] = info;
+        *_aidl_return = 0;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 ::ndk::ScopedAStatus DrelService::ruleCtl(int32_t ruleId, int32_t status,
                                           const std::vector<DrelRequestData>& data,
                                           int32_t* _aidl_return) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    rules_[ruleId] = RuleState{status, data};
-    *_aidl_return = 0;
-    return ::ndk::ScopedAStatus::ok();
+    return withFaults([&] {
+        std::lock_guard<std::mutex> lock(mutex_);
+        rules_[ruleId] = RuleState{status, data};
+        *_aidl_return = 0;
+        return ::ndk::ScopedAStatus::ok();
+    });
 }
 
 // ---- expiry ----

@@ -1,9 +1,6 @@
 // The example service's rules, driven end to end through the library's flat and class APIs as a
-// caller's host test would drive it, on a manual clock; and, through a raw proxy, the few rules no
-// API of the library can reach.
+// caller's host test would drive it, on a manual clock; and its fault plan.
 
-#include <aidl/vendor/quarn/hardware/drel/BnDrelCallback.h>
-#include <aidl/vendor/quarn/hardware/drel/IDrel.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <gmock/gmock.h>
@@ -12,11 +9,10 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <list>
-#include <map>
 #include <mutex>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "IClientCallback.h"
@@ -24,7 +20,6 @@
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
 #include "qel.h"
-#include "support/log_capture.h"
 
 namespace qel_test {
 namespace {
@@ -32,9 +27,7 @@ namespace {
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
 using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
-using ::aidl::vendor::quarn::hardware::drel::IDrel;
 using ::testing::ElementsAre;
-using ::testing::Pair;
 using Hal = drelHalclient;
 using Report = std::vector<std::string>;
 using Resources = std::list<QelClient::Resource>;
@@ -51,46 +44,27 @@ std::string stateOf(int32_t id) {
 }
 
 // The reports a caller's callback of either form received, each as "key=value" texts.
-class Reports : public IClientCallback, public IClientCallbackByPath {
-public:
+struct Reports : IClientCallback, IClientCallbackByPath {
     void onCallback(std::list<QelClient::Resource> resources) override {
-        Report report;
+        std::vector<std::string> keys, values;
         for (const auto& r : resources) {
-            report.push_back(std::to_string(r.resId) + "=" + r.resValue.value_or("<absent>"));
+            keys.push_back(std::to_string(r.resId));
+            values.push_back(r.resValue.value_or("<absent>"));
         }
-        add(std::move(report));
+        onCallback(keys, values);
     }
-    void onCallback(std::vector<std::string> paths, std::vector<std::string> values) override {
+    void onCallback(std::vector<std::string> keys, std::vector<std::string> values) override {
         Report report;
-        for (size_t i = 0; i < paths.size(); ++i) report.push_back(paths[i] + "=" + values[i]);
-        add(std::move(report));
+        for (size_t i = 0; i < keys.size(); ++i) report.push_back(keys[i] + "=" + values[i]);
+        std::lock_guard<std::mutex> lock(mutex);
+        received.push_back(std::move(report));
     }
     std::vector<Report> reports() const {
-        std::lock_guard<std::mutex> lock(mutex_);
-        return reports_;
+        std::lock_guard<std::mutex> lock(mutex);
+        return received;
     }
-    // For reports from the service's own expiry thread: true once `count` have arrived.
-    bool waitFor(size_t count) {
-        std::unique_lock<std::mutex> lock(mutex_);
-        return arrived_.wait_for(lock, std::chrono::seconds(10),
-                                 [&] { return reports_.size() >= count; });
-    }
-
-    std::function<void()> onReport;  // runs after each report is recorded
-
-private:
-    void add(Report report) {
-        {
-            std::lock_guard<std::mutex> lock(mutex_);
-            reports_.push_back(std::move(report));
-        }
-        arrived_.notify_all();
-        if (onReport) onReport();
-    }
-
-    mutable std::mutex mutex_;
-    std::condition_variable arrived_;
-    std::vector<Report> reports_;
+    mutable std::mutex mutex;
+    std::vector<Report> received;
 };
 
 class ServiceApiTest : public ::testing::Test {
@@ -100,7 +74,6 @@ protected:
         hostbinder::reset();
         DrelService::Options options;
         options.clock = [this] { return std::chrono::milliseconds(clockMs.load()); };
-        options.historyCapacity = 3;
         service = ::ndk::SharedRefBase::make<DrelService>(options);
         ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
     }
@@ -149,26 +122,19 @@ TEST_F(ServiceApiTest, EveryHoldingKindHoldsItsResourcesAndTheNewestLiveHolderWi
     EXPECT_EQ("2000", stateOf(kCpu)) << "a resource named twice holds the later value";
     QelRelease(handles[1]);
     EXPECT_EQ("0", stateOf(kCpu));
-    EXPECT_EQ(0, QelNotify(5, 1, {42, 43})) << "a notification holds nothing";
-    EXPECT_EQ(0u, service->liveRequestCount());
-    EXPECT_EQ(1u, service->notifications().size());
 }
 
 TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpires) {
     const int timed = QelEventAcquire(-2, "", "", 500, {{kCpu, "1400"}});
     QelResAcquire({{kGpu, "300"}}, 0, "", -1);
-    QelResAcquire({{13, "older"}}, 0, "", 0);
-    QelResAcquire({{13, "newer"}}, 0, "", 600);
     clockMs += 499;
     EXPECT_EQ("1400", stateOf(kCpu));
     clockMs += 1;
     EXPECT_EQ("0", stateOf(kCpu)) << "expired by the next query";
     EXPECT_EQ(-1, Hal::drelResCtlRelease(timed)) << "an expired request is gone";
-    clockMs += 100;
-    EXPECT_EQ("older", stateOf(13)) << "expiry restores the older value";
     clockMs += 24 * 3600 * 1000;
     EXPECT_EQ("300", stateOf(kGpu));
-    EXPECT_EQ(2u, service->liveRequestCount());
+    EXPECT_EQ(1u, service->liveRequestCount());
 }
 
 TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingNumber) {
@@ -178,11 +144,9 @@ TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingN
     EXPECT_EQ(2, QelMutiResStateRequest(both));
     EXPECT_EQ("0", both[0].resValue) << "nothing holds it: the default";
     EXPECT_EQ("1800000", both[1].resValue);
-    std::map<std::string, std::string> states;
-    EXPECT_EQ(2, Hal::drel_res_state_request_map_by_path({{"/sys/gpu/min", ""}, {"/sys/ddr", ""}},
-                                                         0, states));
-    EXPECT_THAT(states, ElementsAre(Pair("/sys/ddr", "0"), Pair("/sys/gpu/min", "400")));
-
+    std::vector<std::string> paths;
+    EXPECT_EQ(2, Hal::drel_res_state_request_by_path({"/sys/gpu/min", "/sys/ddr"}, {}, 0, paths));
+    EXPECT_THAT(paths, ElementsAre("400", "0"));
     const std::pair<std::string, int> modes[] = {
             {"3 (balanced)", 3}, {" 7abc", 7}, {"-3", -3}, {"fast", 0}, {"99999999999", 0}};
     int mode = 20;
@@ -193,38 +157,9 @@ TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingN
     EXPECT_EQ(0, QelGetPMStatus(99)) << "a mode nothing holds";
 }
 
-TEST_F(ServiceApiTest, HistoryKeepsTheNewestRecordedRequestsAsText) {
-    QelEventAcquire(16, "com.example.camera", "cam", 500, {{kCpu, "1400"}});
-    std::string history;
-    ASSERT_EQ(0, QelGetHistory(history));
-    EXPECT_EQ(
-            "start:handle:1 type:8 timeout:500 pkg:com.example.camera identity:cam "
-            "res:0x00000010=1,0x01010010=1400;end",
-            history);
-    ASSERT_GT(Hal::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"x"}, 0, 0, 0), 0);
-    EXPECT_EQ(0, Hal::drelHistoryRequestRecordOff());
-    EXPECT_FALSE(service->historyRecording());
-    QelResAcquire({{kGpu, "off"}}, 0, "", 0);
-    EXPECT_EQ(0, Hal::drelHistoryRequestRecordOn());
-    QelPlatformResAcquire({{kGpu, "2"}}, 0, "", "", 0);
-    QelResAcquire({{kGpu, "3"}}, 0, "me", 0);
-    ASSERT_EQ(0, QelGetHistory(history));
-    EXPECT_EQ(
-            "start:handle:2 type:1 timeout:0 pkg:none identity:none res:/sys/b=x;"
-            "handle:4 type:12 timeout:0 pkg:none identity:none res:0x01010020=2;"
-            "handle:5 type:1 timeout:0 pkg:none identity:me res:0x01010020=3;end",
-            history)
-            << "three entries at most, none made while recording was off";
-}
-
 TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirRequestOnce) {
     auto listener = std::make_shared<Reports>(), byPath = std::make_shared<Reports>();
     Resources watched = {{kCpu, ""}, {kGpu, ""}};
-    std::vector<std::string> seen;  // a callback may call back into the service
-    listener->onReport = [&] { seen.push_back(stateOf(kCpu)); };
-    // The first report comes from inside a class-API call, on this thread: the flat API may be
-    // used there only while it is connected.
-    ASSERT_EQ("0", stateOf(kCpu));
     const int registration = Hal::drelResListeningRegister(watched, 0, listener);
     ASSERT_GT(registration, 0);
     ASSERT_GT(Hal::drel_res_listening_register_by_path({"/sys/a", "/sys/b"}, 0, byPath), 0);
@@ -245,8 +180,6 @@ TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirReq
                 ElementsAre(ElementsAre(cpu + "=1400000", gpu + "=700"), ElementsAre(gpu + "=0"),
                             ElementsAre(gpu + "=700"), ElementsAre(cpu + "=0")));
     EXPECT_THAT(byPath->reports(), ElementsAre(ElementsAre("/sys/b=9")));
-    EXPECT_EQ((std::vector<std::string>{"1400000", "1400000", "1400000", "0"}), seen);
-    listener->onReport = nullptr;
 
     EXPECT_EQ(0, Hal::drelResListeningUnRegister(registration));
     QelResAcquire({{kCpu, "1"}}, 0, "", 0);
@@ -262,138 +195,62 @@ TEST_F(ServiceApiTest, ThermalLevelsFanOutToTheListenersOfTheirIds) {
     EXPECT_EQ(2, Hal::drelThermalNotify(levels, 0)) << "listeners reached";
     EXPECT_THAT(both->reports(), ElementsAre(ElementsAre("2=warm", "1=hot")));
     EXPECT_THAT(second->reports(), ElementsAre(ElementsAre("2=warm")));
-    EXPECT_EQ("cool", service->thermalLevel(4));
-    EXPECT_EQ("0", stateOf(2)) << "thermal levels are not resources";
     EXPECT_EQ(0, Hal::drelThermalListeningUnregister(bothHandle));
     EXPECT_EQ(1, Hal::drelThermalNotify(levels, 0));
 }
 
-TEST_F(ServiceApiTest, TheExpiryThreadDropsRequestsWithoutAnyCall) {
-    auto listener = std::make_shared<Reports>();
-    Resources watched = {{kCpu, ""}};
-    Hal::drelResListeningRegister(watched, 0, listener);
-    QelResAcquire({{kCpu, "1400"}}, 0, "", 20);
-    service->startExpiryThread();
-    service->startExpiryThread();  // idempotent
-    clockMs += 20;
-    ASSERT_TRUE(listener->waitFor(2));
-    EXPECT_EQ(Report{cpu + "=0"}, listener->reports()[1]);
-    EXPECT_EQ(0u, service->liveRequestCount());
-}
-
-TEST_F(ServiceApiTest, PropertiesRulesAndRecordsAreKeptWithoutTouchingResources) {
-    QelResAcquire({{kCpu, "1400"}}, 0, "", 0);
-    EXPECT_EQ(0, Hal::drelPropertySet("mode", "game"));
-    EXPECT_EQ(0, Hal::drelPropertySet("mode", "camera"));
-    EXPECT_EQ(-1, Hal::drelPropertySet("", "x")) << "a property needs a name";
-    for (const char* name : {"mode", "unset"}) {
-        char* text = Hal::drelPropertyGet(name);
-        EXPECT_STREQ(name[0] == 'm' ? "camera" : "", text) << "an unknown property reads empty";
-        delete[] text;
-    }
-    EXPECT_EQ(0, qelRuleCtl(7, 1, {{1, "a"}}));
-    EXPECT_EQ(0, qelRuleCtl(7, 0, {}));
-    ASSERT_TRUE(service->ruleState(7).has_value());
-    EXPECT_EQ(0, service->ruleState(7)->status) << "the latest state of the rule";
-    EXPECT_TRUE(service->ruleState(7)->data.empty());
-    EXPECT_EQ(0, setRelatedSysInfo(4, 123456789012));
-    EXPECT_EQ(123456789012, service->relatedSysInfo(4));
-    Hal::drel_init();
-    EXPECT_EQ(1, service->initCount());
-    EXPECT_EQ("1400", stateOf(kCpu)) << "none of these touches a resource";
-}
-
-TEST_F(ServiceApiTest, EachDumpLogsItsTable) {
-    Hal::drelSACtlRequest(0, 100, 7, 0, 0, 0);
-    QelResAcquire({{kCpu, "1400"}}, 0, "", 0);
-    QelResAcquire({{kCpu, "1500"}}, 0, "", 0);
-    const std::pair<int (*)(), const char*> dumps[] = {
-            {Hal::drelDumpToDoQueue, "dump ToDoQueue: 1 entries"},
-            {Hal::drelDumpRunMap, "dump RunMap: 3 entries"},
-            {Hal::drelDumpActiveResMap, "dump ActiveResMap: 2 entries"},
-            {Hal::drelDumpResRequest, "dump ResRequest: 2 entries"},
-            {Hal::drelDumpResInfo, "dump ResInfo: 0 entries"},
-            {Hal::drelDumpSAInfo, "dump SAInfo: 1 entries"},
-            {Hal::drelDumpPidFdList, "dump PidFdList: 0 entries"},
-            {Hal::drelDumpPidfdMonitorMap, "dump PidfdMonitorMap: 0 entries"},
-            {Hal::drelDumpResRecordList, "dump ResRecordList: 3 entries"},
-    };
-    for (const auto& [dump, header] : dumps) {
-        LogCapture log;
-        EXPECT_EQ(0, dump());
-        ASSERT_FALSE(log.linesWithTag(DrelService::kLogTag).empty()) << header;
-        EXPECT_EQ(header, log.linesWithTag(DrelService::kLogTag)[0].message);
-        if (dump == Hal::drelDumpResRequest) {
-            EXPECT_THAT(log.messages(), ::testing::IsSupersetOf({"  0x00000007: 1=1",
-                                                                 "  0x01010010: 2=1400 3=1500"}));
-        }
-    }
-}
-
 TEST_F(ServiceApiTest, WithoutAServiceOrAnAnswerTheCallsGiveMinusOne) {
-    std::map<std::string, std::string> paths;
-    EXPECT_EQ(-1, Hal::drel_res_state_request_map_by_path({}, 0, paths))
-            << "an empty reply is no answer";
     hostbinder::reset();  // nothing declared: the calls fail at once
-    auto reports = std::make_shared<Reports>();
-    Resources ids = {{kCpu, ""}}, states, levels = {{1, "hot"}};
+    Resources ids = {{kCpu, ""}}, states;
     std::vector<QelClient::Resource> flat = {{kCpu, ""}};
-    EXPECT_EQ(-1, Hal::drelResListeningRegister(ids, 0, reports));
+    EXPECT_EQ(-1, Hal::drelResListeningRegister(ids, 0, std::make_shared<Reports>()));
     EXPECT_EQ(-1, Hal::drelResStateRequest(ids, 0, states));
-    EXPECT_EQ(-1, Hal::drelThermalNotify(levels, 0));
-    EXPECT_EQ(-1, Hal::drel_res_state_request_map_by_path({{"/a", ""}}, 0, paths));
     EXPECT_EQ(-1, QelMutiResStateRequest(flat));
     EXPECT_EQ(-1, qelInit());
 }
 
-// Through a raw proxy: what no API of the library sends or can answer.
-class RawReports : public ::aidl::vendor::quarn::hardware::drel::BnDrelCallback {
-public:
-    explicit RawReports(binder_status_t answer) : answer(answer) {}
-    ::ndk::ScopedAStatus onCallback(const std::vector<DrelRequestData>&) override {
-        ++reports;
-        return ::ndk::ScopedAStatus::fromStatus(answer);
-    }
-    const binder_status_t answer;
-    std::atomic<int> reports{0};
-};
-
-TEST_F(ServiceApiTest, RawCallsTheLibraryNeverMakesAreAnsweredByTheRules) {
-    auto drel = IDrel::fromBinder(::ndk::SpAIBinder(AServiceManager_checkService(kInstance)));
-    ASSERT_TRUE(drel && drel->isRemote());
-    int32_t out = -100;
-    auto call = [&out](::ndk::ScopedAStatus status) {
-        EXPECT_TRUE(status.isOk());
-        return out;
-    };
+// One fault of each kind, and what the service did of the call's work.
+TEST_F(ServiceApiTest, EachFaultOfThePlanFailsOrDelaysTheCallAsDocumented) {
+    // The fault, the status the caller gets, and the requests the service holds afterwards.
+    const std::tuple<uint32_t, binder_exception_t, size_t> rows[] = {
+            {DrelService::kFailedTransaction, EX_TRANSACTION_FAILED, 0},
+            {DrelService::kException, EX_ILLEGAL_STATE, 0},
+            {DrelService::kServiceSpecificError, EX_SERVICE_SPECIFIC, 0},
+            {DrelService::kLostReply, EX_TRANSACTION_FAILED, 1},
+            {DrelService::kLateAnswer, EX_NONE, 1}};
     DrelRequestParcel parcel;
-    parcel.requestType = 99;
-    parcel.resources = {DrelRequestData{}};
-    EXPECT_EQ(-1, call(drel->request(parcel, &out))) << "an unknown kind";
-    EXPECT_EQ(-1, call(drel->listeningRegister(parcel, nullptr, &out))) << "no callback";
-    EXPECT_EQ(-1, call(drel->thermalListeningRegister({1}, nullptr, &out)));
-    EXPECT_EQ(EX_UNSUPPORTED_OPERATION, drel->reserved11().getExceptionCode());
-    parcel.requestType = DrelService::kKindState;
-    std::vector<DrelRequestData> reply = {DrelRequestData{}};
-    EXPECT_TRUE(drel->stateRequest(parcel, &reply).isOk());
-    EXPECT_TRUE(reply.empty()) << "a record naming nothing is skipped";
+    parcel.requestType = DrelService::kKindResource;
+    parcel.resources = {DrelRequestData{kCpu, 0, "1", {}, {}}};
+    for (const auto& [fault, exception, live] : rows) {
+        auto drel = ::ndk::SharedRefBase::make<DrelService>();
+        drel->setFaultPlan(DrelService::FaultPlan{3, 100, fault, std::chrono::microseconds(50)});
+        int32_t handle = 0;
+        const ::ndk::ScopedAStatus status = drel->request(parcel, &handle);
+        EXPECT_EQ(exception, status.getExceptionCode()) << fault;
+        EXPECT_EQ(exception == EX_TRANSACTION_FAILED ? STATUS_FAILED_TRANSACTION : STATUS_OK,
+                  status.getStatus());
+        EXPECT_EQ(live, drel->liveRequestCount()) << fault;
+        EXPECT_EQ(exception == EX_SERVICE_SPECIFIC, status.getServiceSpecificError() < -1);
+        EXPECT_EQ(1u, drel->faultsInjected());
+    }
+}
 
-    // A registration whose client has died is dropped; one whose callback fails otherwise stays.
-    auto dead = ::ndk::SharedRefBase::make<RawReports>(STATUS_DEAD_OBJECT);
-    auto failing = ::ndk::SharedRefBase::make<RawReports>(STATUS_BAD_VALUE);
-    parcel.resources[0].resId = kCpu;
-    const int32_t deadHandle = call(drel->listeningRegister(parcel, dead, &out));
-    const int32_t failingHandle = call(drel->listeningRegister(parcel, failing, &out));
-    const int32_t deadThermal = call(drel->thermalListeningRegister({1}, dead, &out));
-    QelResAcquire({{kCpu, "1"}}, 0, "", 0);
-    Resources levels = {{1, "hot"}};
-    Hal::drelThermalNotify(levels, 0);
-    QelResAcquire({{kCpu, "2"}}, 0, "", 0);
-    EXPECT_EQ(2, dead->reports) << "one listener report and one thermal report";
-    EXPECT_EQ(2, failing->reports);
-    EXPECT_EQ(-1, call(drel->listeningUnregister(deadHandle, &out)));
-    EXPECT_EQ(-1, call(drel->thermalListeningUnregister(deadThermal, &out)));
-    EXPECT_EQ(0, call(drel->listeningUnregister(failingHandle, &out)));
+// The same plan fails the same calls in the same ways; another seed fails others.
+TEST_F(ServiceApiTest, AFaultPlanIsReproducibleForItsSeed) {
+    auto outcomes = [](uint64_t seed) {
+        auto drel = ::ndk::SharedRefBase::make<DrelService>();
+        drel->setFaultPlan(DrelService::FaultPlan{seed, 50, DrelService::kAnyFault, {}});
+        std::vector<int> seen;
+        for (int32_t i = 0, out; i < 64; ++i) {
+            const ::ndk::ScopedAStatus status = drel->setRelatedSysInfo(1, i, &out);
+            seen.push_back(status.getExceptionCode() * 1000 + status.getServiceSpecificError());
+        }
+        return std::make_pair(seen, drel->faultsInjected());
+    };
+    const auto [seen, faults] = outcomes(11);
+    EXPECT_EQ(seen, outcomes(11).first);
+    EXPECT_NE(seen, outcomes(12).first);
+    EXPECT_TRUE(faults > 16 && faults < 48) << faults << " of 64 calls went wrong, not about half";
 }
 
 }  // namespace

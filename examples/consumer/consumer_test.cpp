@@ -42,7 +42,10 @@ public:
         handle_ = QelEventAcquire(1, "com.example.launcher", "launch", 0, {boost});
         return handle_ > 0;
     }
-    void stop() { QelRelease(handle_); }
+    // A refused boost has nothing to give back.
+    void stop() {
+        if (handle_ > 0) QelRelease(handle_);
+    }
 
 private:
     int handle_ = -1;
@@ -73,6 +76,31 @@ TEST_F(ConsumerTest, TheBoostIsInForceWhileTheLaunchRuns) {
     booster.stop();
     EXPECT_EQ("0", cpuBoost());
     EXPECT_EQ(0u, service->liveRequestCount());
+}
+
+// The caller's error handling: with the service failing in every way its fault plan knows, a
+// launch whose boost was refused goes on unboosted and gives nothing back, and once the service
+// is well again the next launch is boosted.
+TEST_F(ConsumerTest, ALaunchGoesOnWhenTheServiceFails) {
+    auto service = ndk::SharedRefBase::make<DrelService>();
+    ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+    DrelService::FaultPlan plan;
+    plan.seed = 42;
+    plan.percent = 100;
+    plan.faults = DrelService::kAnyFault & ~DrelService::kLateAnswer;  // every call fails
+    service->setFaultPlan(plan);
+    for (int launch = 0; launch < 8; ++launch) {
+        LaunchBooster booster;
+        EXPECT_FALSE(booster.start());
+        booster.stop();
+    }
+    EXPECT_EQ(8u, service->faultsInjected());
+
+    service->setFaultPlan(std::nullopt);
+    LaunchBooster booster;
+    ASSERT_TRUE(booster.start()) << "the first call after the faults reconnects and succeeds";
+    EXPECT_EQ("1800000", cpuBoost());
+    booster.stop();
 }
 
 TEST_F(ConsumerTest, RuleControlSendsExactlyTheCallersResources) {

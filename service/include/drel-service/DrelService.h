@@ -15,6 +15,10 @@
 // default). Expired requests are dropped at the start of every IDrel operation that reads or
 // changes resource state, by expireDue(), and by the expiry thread once startExpiryThread() has
 // been called (the service binary does; tests drive a manual clock and call expireDue()).
+//
+// Faults: for callers' tests of their own error handling, setFaultPlan() makes the service go
+// wrong at random as a real one does (a failed transaction, an exception, a service-specific
+// error, a reply lost after the work was done, a late answer), reproducibly for a seed.
 #pragma once
 
 #include <aidl/vendor/quarn/hardware/drel/BnDrel.h>
@@ -32,6 +36,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace aidl {
@@ -77,6 +82,26 @@ public:
     static constexpr const char* kDefaultValue = "0";
     static constexpr const char* kLogTag = "DrelService";
 
+    // The ways a call can go wrong under a fault plan (bits of FaultPlan::faults).
+    enum Fault : uint32_t {
+        kFailedTransaction = 1u << 0,     // STATUS_FAILED_TRANSACTION; nothing was done
+        kException = 1u << 1,             // exception EX_ILLEGAL_STATE; nothing was done
+        kServiceSpecificError = 1u << 2,  // EX_SERVICE_SPECIFIC, a code below -1; nothing done
+        kLostReply = 1u << 3,             // done as usual, then STATUS_FAILED_TRANSACTION
+        kLateAnswer = 1u << 4,            // done and answered as usual, up to `lateBy` late
+        kAnyFault = (1u << 5) - 1,
+    };
+    // Which calls go wrong and how: `percent` calls in 100, each in one of the ways `faults`
+    // allows. The n-th call after setFaultPlan() goes wrong or not, and how, as a function of
+    // `seed` and n alone, so a test that makes its calls in one order sees the same faults on
+    // every run.
+    struct FaultPlan {
+        uint64_t seed = 1;
+        int percent = 10;
+        uint32_t faults = kAnyFault;
+        std::chrono::microseconds lateBy{2000};  // the longest delay of a late answer
+    };
+
     DrelService();
     explicit DrelService(Options options);
     ~DrelService() override;
@@ -104,6 +129,12 @@ public:
     ::ndk::ScopedAStatus ruleCtl(int32_t ruleId, int32_t status,
                                  const std::vector<DrelRequestData>& data,
                                  int32_t* _aidl_return) override;
+
+    // Every IDrel call but reserved11 follows `plan` from the next call on; std::nullopt ends
+    // the faults. Callable from any thread at any time.
+    void setFaultPlan(std::optional<FaultPlan> plan);
+    // How many calls went wrong (late answers included) since the service was made.
+    uint64_t faultsInjected() const;
 
     // Starts the thread that drops requests when their timeouts expire. Idempotent; the thread
     // stops in the destructor.
@@ -190,6 +221,12 @@ private:
                              const Request& request);
     void deliver(Reports& reports);
     void expiryLoop();
+    // The fault plan's verdict on the next call: one Fault bit (0: none), and its draw (for a
+    // late answer, the delay in microseconds).
+    std::pair<uint32_t, uint64_t> drawFault();
+    // Runs `work` (an IDrel call's body) as the fault plan says.
+    template <typename Work>
+    ::ndk::ScopedAStatus withFaults(Work work);
 
     const Options options_;
 
@@ -211,6 +248,9 @@ private:
     std::map<std::string, std::string> properties_;
     std::map<int32_t, RuleState> rules_;
     std::map<int32_t, int64_t> sysInfo_;
+    std::optional<FaultPlan> faultPlan_;
+    uint64_t faultCalls_ = 0;  // calls drawn since the plan was set
+    uint64_t faultsInjected_ = 0;
 
     std::condition_variable expiryWake_;
     bool stopping_ = false;
