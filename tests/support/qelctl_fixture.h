@@ -1,6 +1,6 @@
 // qelctl's tests run the tool in-process, with captured output, against the example service
-// registered under the service's name by the fixture (as --embedded would, but owned by the test
-// so that it can be looked at).
+// registered by the fixture (as --embedded would, but owned by the test so that it can be
+// looked at).
 #pragma once
 
 #include <android/binder_manager.h>
@@ -8,9 +8,13 @@
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
+#include <cstdlib>
+#include <cstring>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -19,8 +23,6 @@
 #include "qelctl.h"
 
 namespace qel_test {
-
-inline constexpr const char* kQelctlInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
 struct QelctlRun {
     int status;
@@ -35,7 +37,8 @@ protected:
         hostbinder::reset();
         dropListeningGroups();
         service = ::ndk::SharedRefBase::make<::aidl::vendor::quarn::hardware::drel::DrelService>();
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kQelctlInstance));
+        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(),
+                                                      "vendor.quarn.hardware.drel.IDrel/default"));
     }
     void TearDown() override {
         hostbinder::reset();
@@ -43,8 +46,8 @@ protected:
         dropListeningGroups();
     }
 
-    // Registrations live in the class API's process-wide registry, and thermal ones stay there
-    // after unregistering: each test starts without any, so that none refuses a later test's.
+    // Registrations live in the class API's process-wide registry, thermal ones even after
+    // unregistering: each test starts without any, so that none refuses a later test's.
     static void dropListeningGroups() {
         std::vector<DrelCallbackGroup> groups;
         std::lock_guard<std::mutex> lock(callback_group_mutex);
@@ -60,5 +63,65 @@ protected:
 
     std::shared_ptr<::aidl::vendor::quarn::hardware::drel::DrelService> service;
 };
+
+// Reads the JSON value at text[i] and moves i past it, as strictly as a JSON parser (without
+// blanks, which qelctl never writes); the fields of an object are added to `fields`, each as its
+// JSON text. Throws std::invalid_argument on what a parser would refuse.
+inline void readJson(const std::string& text, size_t& i,
+                     std::map<std::string, std::string>* fields = nullptr) {
+    const auto expect = [&](bool ok) {
+        if (!ok) throw std::invalid_argument("not JSON at " + std::to_string(i) + ": " + text);
+    };
+    expect(i < text.size());
+    if (text[i] == '"') {
+        for (++i; (expect(i < text.size()), text[i] != '"'); ++i) {
+            expect(static_cast<unsigned char>(text[i]) >= 0x20);
+            if (text[i] == '\\') expect(++i < text.size() && std::strchr("\"\\/bfnrtu", text[i]));
+        }
+        ++i;
+    } else if (text[i] == '{' || text[i] == '[') {
+        const char close = text[i] == '{' ? '}' : ']';
+        for (++i; (expect(i < text.size()), text[i] != close);) {
+            const size_t key = i;
+            if (close == '}') {
+                expect(text[i] == '"');
+                readJson(text, i);
+                expect(i < text.size() && text[i++] == ':');
+            }
+            const size_t value = i;
+            readJson(text, i);
+            if (close == '}' && fields) {
+                (*fields)[text.substr(key + 1, value - key - 3)] = text.substr(value, i - value);
+            }
+            expect(i < text.size() && (text[i] == ',' || text[i] == close));
+            if (text[i] == ',') expect(++i < text.size() && text[i] != close);
+        }
+        ++i;
+    } else {
+        const std::string word = text.substr(i, text.find_first_of(",]}", i) - i);
+        char* end = nullptr;
+        std::strtod(word.c_str(), &end);
+        expect(word == "true" || word == "false" || word == "null" ||
+               (!word.empty() && *end == '\0' && word.find('x') == std::string::npos));
+        i += word.size();
+    }
+}
+
+inline std::vector<std::string> lines(const std::string& text) {
+    std::vector<std::string> result;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) result.push_back(line);
+    return result;
+}
+
+// The fields of a line that holds one JSON object and nothing else.
+inline std::map<std::string, std::string> jsonObject(const std::string& line) {
+    std::map<std::string, std::string> fields;
+    size_t i = 0;
+    if (line.empty() || line[0] != '{') throw std::invalid_argument("not an object: " + line);
+    readJson(line, i, &fields);
+    if (i != line.size()) throw std::invalid_argument("more than one value: " + line);
+    return fields;
+}
 
 }  // namespace qel_test

@@ -186,7 +186,11 @@ Action parseHistory(const ParsedArgs& args) {
     return [](Session& session) {
         std::string text;
         if (QelGetHistory(text) != 0) {
-            return session.fail("history", "no history (the service answered none)");
+            // The flat API answers -1 for an empty history as for a failed call; a service still
+            // running after it had nothing to tell, which is an empty list, not a failure.
+            if (!session.serviceAvailable("history")) return kExitFailure;
+            return session.ok("history", {"history: 0 entries"},
+                              JsonObject().raw("entries", "[]").str("text", ""));
         }
         // "start:<a>;<b>;end"
         std::vector<std::string> entries;
@@ -563,7 +567,8 @@ void addCoreCommands(std::vector<CommandSpec>& table) {
                      "acquire ACTION|ID [--pkg PKG] [--identity ID] [--duration MS] "
                      "[--res OPCODE=VALUE]...",
                      "Acquires an action by name (ACTION_COLD_LAUNCH; `actions` lists them) or a\n"
-                     "command id, for --duration milliseconds (0, the default: until released).\n"
+                     "command id, for --duration milliseconds; 0 (the default) or a negative\n"
+                     "duration means held until released.\n"
                      "Ids -2 and -3 acquire just the --res resources (resource, platform kinds).\n"
                      "Prints the handle.",
                      true,
@@ -635,8 +640,9 @@ void addCoreCommands(std::vector<CommandSpec>& table) {
                      {path, forSeconds}});
     table.push_back({"thermal",
                      "thermal notify ID=LEVEL... | thermal listen ID... [--for SECONDS]",
-                     "Tells the service thermal levels, or prints the levels reported for ids\n"
-                     "(like listen).",
+                     "notify tells the service thermal levels and prints its answer (the example\n"
+                     "service answers how many thermal listeners the levels reached; -1 is a\n"
+                     "failure). listen prints the levels reported for ids (like listen).",
                      true,
                      true,
                      parseThermal,

@@ -115,10 +115,10 @@ void Output::line(const std::string& text) {
     out_.flush();
 }
 
-void Output::error(const std::string& text) {
+void Output::error(const std::string& text, bool prefixed) {
     std::lock_guard<std::mutex> lock(mutex_);
     if (closed_) return;
-    err_ << "qelctl: " << text << '\n';
+    err_ << (prefixed ? "qelctl: " : "") << text << '\n';
     err_.flush();
 }
 

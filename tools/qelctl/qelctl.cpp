@@ -2,6 +2,7 @@
 
 #include "qelctl.h"
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -9,6 +10,12 @@
 
 namespace qelctl {
 namespace {
+
+// What a usage error prints on stderr under --json, after its text: a script reading JSON sees
+// the failure and its exit status too.
+std::string usageJson(const std::string& message) {
+    return JsonObject().boolean("ok", false).str("error", message).num("exit", kExitUsage).text();
+}
 
 // A script: every line is parsed before the first one runs, so a usage error anywhere stops it
 // before the service is reached.
@@ -40,7 +47,10 @@ Action parseScript(const ParsedArgs& args) {
                 prepared.json = prepared.json || json;
                 steps.emplace_back(i + 1, std::move(prepared));
             } catch (const UsageError& e) {
-                session.out().error("script line " + std::to_string(i + 1) + ": " + e.what());
+                const std::string message =
+                        "script line " + std::to_string(i + 1) + ": " + e.what();
+                session.out().error(message);
+                if (json) session.out().error(usageJson(message), false);
                 return kExitUsage;
             }
         }
@@ -123,7 +133,9 @@ std::string fullUsage() {
             "through libquarn-qel-client.\n"
             "\n"
             "options (anywhere on the line):\n"
-            "  --json       print one JSON object per result or report, one per line\n"
+            "  --json       print one JSON object per result or report, one per line; a\n"
+            "               usage error also prints {\"ok\":false,\"error\":...,\"exit\":2}\n"
+            "               on stderr\n"
             "  --embedded   run the example service inside this process (on a host)\n"
             "  --help, -h   this text; COMMAND --help describes one command\n"
             "\n"
@@ -202,6 +214,9 @@ int runQelctl(const std::vector<std::string>& args, std::ostream& out, std::ostr
         return status;
     } catch (const UsageError& e) {
         err << "qelctl: " << e.what() << "\nTry 'qelctl --help'.\n";
+        if (std::find(args.begin(), args.end(), "--json") != args.end()) {
+            err << usageJson(e.what()) << "\n";
+        }
         return kExitUsage;
     } catch (const std::exception& e) {
         err << "qelctl: " << e.what() << "\n";

@@ -101,7 +101,8 @@ class Output {
 public:
     Output(std::ostream& out, std::ostream& err) : out_(out), err_(err) {}
     void line(const std::string& text);
-    void error(const std::string& text);  // "qelctl: " + text on err
+    // On err, after "qelctl: " unless prefixed is false.
+    void error(const std::string& text, bool prefixed = true);
     void close();
 
 private:

@@ -81,6 +81,8 @@ Action parseActions(const ParsedArgs& args) {
             lines.push_back(line);
             items.push_back(item.text());
         }
+        // Like a search that finds nothing, no match is a failure a script can test.
+        if (lines.empty()) return session.fail("actions", "no action name holds '" + filter + "'");
         return session.ok("actions", lines, JsonObject().raw("actions", jsonArray(items)));
     };
 }
@@ -149,7 +151,8 @@ void addWrapperCommands(std::vector<CommandSpec>& table) {
                      {{"--param", true, false}, {"--text", true, false}, {"--name", true, false}}});
     table.push_back({"actions",
                      "actions [FILTER]",
-                     "Lists the action catalogue: command id and name (names holding FILTER).",
+                     "Lists the action catalogue: command id and name (names holding FILTER;\n"
+                     "exits 1 when no name holds it).",
                      false,
                      true,
                      parseActions,
