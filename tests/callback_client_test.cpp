@@ -42,10 +42,12 @@ protected:
 
 TEST_F(CallbackClientTest, IdFormDeliversEveryRecordAndLogsEachWithOrWithoutItsValue) {
     auto client = ::ndk::SharedRefBase::make<DrelCallbackClient>(callback, true, false);
-    ASSERT_TRUE(client->onCallback({wireRes(0x1011040, "1"), wireRes(0x2, std::nullopt)}).isOk());
+    ASSERT_TRUE(
+            client->onCallback({wireRecord(0x1011040, 0, "1"), wireRecord(0x2, 0, std::nullopt)})
+                    .isOk());
 
     ASSERT_EQ(1u, callback->reports().size());
-    EXPECT_EQ((ResourcePairs{{0x1011040, "1"}, {0x2, ""}}), asPairs(callback->reports()[0]));
+    EXPECT_EQ((ResourcePairs{{0x1011040, "1"}, {0x2, ""}}), pairsOf(callback->reports()[0]));
     EXPECT_EQ(
             log.lines(),
             (std::vector<LogLine>{
@@ -84,7 +86,7 @@ TEST_F(CallbackClientTest, AOneShotClientLeavesEveryParkedEntryOnItsFirstReportO
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{kFound, kFound, sizes(4, 2)}));
 
     log.clear();
-    client->onCallback({wireRes(0x5, "2")});
+    client->onCallback({wireRecord(0x5, 0, "2")});
     EXPECT_EQ(1u, callback->reports().size()) << "the caller hears every report it is given";
     EXPECT_EQ(log.lines(),
               (std::vector<LogLine>{
@@ -100,7 +102,7 @@ TEST_F(CallbackClientTest, AMissingCallerCallbackIsSkippedSilently) {
     auto pathClient = ::ndk::SharedRefBase::make<DrelCallbackClient>(
             std::shared_ptr<IClientCallbackByPath>(), true, true);
     park(client);
-    client->onCallback({wireRes(0x5, std::nullopt)});
+    client->onCallback({wireRecord(0x5, 0, std::nullopt)});
     pathClient->onCallback({wirePath("/a", "1")});
 
     EXPECT_EQ(0u, parkedCount());

@@ -82,7 +82,7 @@ protected:
                     bool outer = parcel.resources.at(0).resId == 0x10;
                     if (outer && arrival == Arrival::FromAServiceThreadLater) keep(cb);
                     if (outer && arrival == Arrival::InsideRegister) {
-                        EXPECT_TRUE(cb->onCallback({wireRes(0x10, "1")}).isOk());
+                        EXPECT_TRUE(cb->onCallback({wireRecord(0x10, 0, "1")}).isOk());
                     }
                     *handle = outer ? 8 : 9;
                     return ::ndk::ScopedAStatus::ok();
@@ -90,7 +90,7 @@ protected:
         ON_CALL(*service, request(_, _))
                 .WillByDefault([arrival](const DrelRequestParcel& parcel, int32_t* result) {
                     if (parcel.callback != nullptr && arrival == Arrival::InsideRequest) {
-                        EXPECT_TRUE(parcel.callback->onCallback({wireRes(0x10, "1")}).isOk());
+                        EXPECT_TRUE(parcel.callback->onCallback({wireRecord(0x10, 0, "1")}).isOk());
                     }
                     *result = parcel.callback != nullptr ? 8 : 3;
                     return ::ndk::ScopedAStatus::ok();
@@ -139,7 +139,7 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
                     ? drelHalclient::drelResCtlRequest(1, 500, listened, -1, 0, 0, callback)
                     : drelHalclient::drelResListeningRegister(listened, 0, callback));
     std::rotate(results.begin(), results.end() - 1, results.end());  // the outer result first
-    if (c.arrival == Arrival::FromAServiceThreadLater) report({wireRes(0x10, "5")});
+    if (c.arrival == Arrival::FromAServiceThreadLater) report({wireRecord(0x10, 0, "5")});
     if (writer.joinable()) writer.join();
     if (c.writer == Writer::None) {
         EXPECT_FALSE(classConnected()) << "the nested failure's reset is made once the call ends";
@@ -206,8 +206,8 @@ TEST_F(CallbackTest, ClientsLiveWhileTheirRegistryOrTheServiceHoldsThem) {
     const std::string destroyed = "ndk backend ~DrelCallbackClient";
     ResourceList list{res(0x10, "1")};
     ASSERT_EQ(5, drelHalclient::drelResCtlRequest(1, 500, list, -1, 0, 0, callback));
-    report({wireRes(0x10, "2"), wireRes(0x20, "")});
-    EXPECT_EQ((ResourcePairs{{0x10, "2"}, {0x20, ""}}), asPairs(callback->reports().at(0)));
+    report({wireRecord(0x10, 0, "2"), wireRecord(0x20, 0, "")});
+    EXPECT_EQ((ResourcePairs{{0x10, "2"}, {0x20, ""}}), pairsOf(callback->reports().at(0)));
     EXPECT_EQ(0u, parkedCount());
     const std::vector<LogLine> lines = log.lines();
     EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const LogLine& line) {
@@ -224,8 +224,8 @@ TEST_F(CallbackTest, ClientsLiveWhileTheirRegistryOrTheServiceHoldsThem) {
     EXPECT_TRUE(log.contains(cbInfo(destroyed))) << "the one-shot client dies with the service's "
                                                     "reference";
     callback.reset();
-    report({wireRes(0x10, "3")});
-    report({wireRes(0x10, "4")});
+    report({wireRecord(0x10, 0, "3")});
+    report({wireRecord(0x10, 0, "4")});
     ASSERT_NE(nullptr, weak.lock()) << "the registration keeps the caller's callback";
     EXPECT_EQ(3u, weak.lock()->reports().size());
     EXPECT_EQ((std::vector<int>{4}), groupHandles()) << "reports do not end a registration";

@@ -48,7 +48,8 @@ TEST_F(DiagnosticsTest, EachSendsItsSelectorAndReturnsZeroOnlyForAPositiveAnswer
         EXPECT_EQ(-1, d.call());
         EXPECT_EQ(-1, d.call());
         // Kind 5, param3 1, and one record holding only the selector.
-        EXPECT_EQ(requestParcel(5, 0, 0, 1, false, 0, {wireRes(d.selector, std::nullopt)}), sent);
+        EXPECT_EQ(requestParcel(5, 0, 0, 1, false, 0, {wireRecord(d.selector, 0, std::nullopt)}),
+                  sent);
         EXPECT_EQ(log.lines(), std::vector<LogLine>(4, info(std::string("drel client ") + d.name)));
     }
 }

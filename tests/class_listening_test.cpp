@@ -35,7 +35,7 @@ TEST_F(ListeningTest, RegisterSendsTheResourcesAndKeepsAGroupWithTheServiceHandl
 
     EXPECT_EQ(77, Hal::drelResListeningRegister(list, 9, callback));
 
-    EXPECT_EQ(queryParcel(9, {wireRes(0x10, "1"), wireRes(0x20, "2")}), sent);
+    EXPECT_EQ(queryParcel(9, {wireRecord(0x10, 0, "1"), wireRecord(0x20, 0, "2")}), sent);
     EXPECT_NE(nullptr, sentCallback);
     std::vector<Group> kept = groups();
     ASSERT_EQ(1u, kept.size());
@@ -123,8 +123,8 @@ TEST_F(ListeningTest, UnregisterRemovesEveryGroupOfTheHandleWhateverTheServiceAn
 
 TEST_F(ListeningTest, StateRequestAppendsTheReplyWholeAndCountsWhatWasThere) {
     DrelRequestParcel sent;
-    std::vector<DrelRequestData> reply{wireRes(0x10, "1,2"), wireRes(0x20, ""),
-                                       wireRes(0x30, std::nullopt)};
+    std::vector<DrelRequestData> reply{wireRecord(0x10, 0, "1,2"), wireRecord(0x20, 0, ""),
+                                       wireRecord(0x30, 0, std::nullopt)};
     EXPECT_CALL(*service, stateRequest(_, _))
             .WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(reply)))
             .WillOnce(ReturnOk());
@@ -133,15 +133,15 @@ TEST_F(ListeningTest, StateRequestAppendsTheReplyWholeAndCountsWhatWasThere) {
 
     EXPECT_EQ(5, Hal::drelResStateRequest(query, 4, states));
 
-    EXPECT_EQ(queryParcel(4, {wireRes(0x10, "1"), wireRes(0, "")}), sent);
+    EXPECT_EQ(queryParcel(4, {wireRecord(0x10, 0, "1"), wireRecord(0, 0, "")}), sent);
     const ResourcePairs expected{{1, "a"}, {2, "b"}, {0x10, "1,2"}, {0x20, ""}, {0x30, ""}};
-    EXPECT_EQ(expected, asPairs(states));
+    EXPECT_EQ(expected, pairsOf(states));
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drel client drelResStateRequest"),
                                                  info("drel client hal drelResStateRequest"),
                                                  info("drel client drelResStateRequest size 5")}));
 
     EXPECT_EQ(-1, Hal::drelResStateRequest(query, 4, states)) << "an empty reply";
-    EXPECT_EQ(expected, asPairs(states));
+    EXPECT_EQ(expected, pairsOf(states));
 }
 
 TEST_F(ListeningTest, ThermalNotifySendsKindSevenAndRefusesUnpairedLevels) {
@@ -149,7 +149,9 @@ TEST_F(ListeningTest, ThermalNotifySendsKindSevenAndRefusesUnpairedLevels) {
     EXPECT_CALL(*service, request(_, _)).WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(3)));
     ResourceList levels{res(0x1, "40"), res(0x2, "45")};
     EXPECT_EQ(3, Hal::drelThermalNotify(levels, 6));
-    EXPECT_EQ(requestParcel(7, 0, 0, 0, false, 6, {wireRes(0x1, "40"), wireRes(0x2, "45")}), sent);
+    EXPECT_EQ(requestParcel(7, 0, 0, 0, false, 6,
+                            {wireRecord(0x1, 0, "40"), wireRecord(0x2, 0, "45")}),
+              sent);
 
     ResourceList unpaired{res(0x1)};
     EXPECT_EQ(-1, Hal::drelThermalNotify(unpaired, 6));

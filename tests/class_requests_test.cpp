@@ -77,9 +77,9 @@ TEST_P(RequestFormTest, SendsItsArgumentsInTheirFieldsAndReturnsTheServiceResult
     // The resource list in its order, or the scene as an id without a value.
     DrelRequestParcel expected = requestParcel(
             form.requestType, form.reqId, form.timeout, form.param3, form.flag, form.param5,
-            form.requestType == 1
-                    ? std::vector<DrelRequestData>{wireRes(0x1011040, "1"), wireRes(0x2, "a,b")}
-                    : std::vector<DrelRequestData>{wireRes(7, std::nullopt)});
+            form.requestType == 1 ? std::vector<DrelRequestData>{wireRecord(0x1011040, 0, "1"),
+                                                                 wireRecord(0x2, 0, "a,b")}
+                                  : std::vector<DrelRequestData>{wireRecord(7, 0, std::nullopt)});
     std::vector<LogLine> expectedLines{info(form.entryLine)};
     if (form.parkedLine != nullptr) {
         ASSERT_NE(nullptr, sent.callback) << "the callback object must travel in the parcel";

@@ -20,6 +20,7 @@
 #include "halclient.h"
 #include "halclient/halclient_internal.h"
 #include "support/service_fixture.h"
+#include "support/wrapper_test_util.h"
 
 namespace qel_test {
 
@@ -42,14 +43,6 @@ inline LogLine cbInfo(const std::string& message) {
     return {ANDROID_LOG_INFO, std::string("DrelFramework-lib-vendor"), message};
 }
 
-// A resource list as comparable pairs: id and value (absent stays absent).
-using ResourcePairs = std::vector<std::pair<int32_t, std::optional<std::string>>>;
-inline ResourcePairs asPairs(const ResourceList& list) {
-    ResourcePairs pairs;
-    for (const Resource& r : list) pairs.emplace_back(r.resId, r.resValue);
-    return pairs;
-}
-
 inline Resource res(int32_t id, std::optional<std::string> value = std::nullopt) {
     Resource r;
     r.resId = id;
@@ -57,13 +50,7 @@ inline Resource res(int32_t id, std::optional<std::string> value = std::nullopt)
     return r;
 }
 
-// Wire records of the id form and of the path form.
-inline DrelRequestData wireRes(int32_t id, std::optional<std::string> value) {
-    DrelRequestData d;
-    d.resId = id;
-    d.resValue = std::move(value);
-    return d;
-}
+// A wire record of the path form.
 inline DrelRequestData wirePath(const std::string& path, std::optional<std::string> value) {
     DrelRequestData d;
     d.resPath = path;
@@ -129,18 +116,6 @@ inline std::vector<int> groupHandles() {
     return handles;
 }
 
-// Empties both registries; the entries are destroyed after the locks are released.
-inline void clearRegistries() {
-    std::vector<DrelCallbackGroup> groups;
-    std::vector<std::shared_ptr<DrelCallbackClient>> clients;
-    {
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
-        groups.swap(callback_groups);
-    }
-    std::lock_guard<std::mutex> lock(request_callback_mutex);
-    clients.swap(request_callbacks);
-}
-
 // Records each report; `onReport`, when set, runs inside the caller's callback.
 class RecordingCallback : public IClientCallback {
 public:
@@ -188,18 +163,6 @@ private:
     std::vector<Report> mReports;
 };
 
-// The usual fixture, with empty registries at the start and end of every test.
-class ClassApiFixture : public ServiceFixture {
-protected:
-    void SetUp() override {
-        clearRegistries();
-        ServiceFixture::SetUp();
-    }
-    void TearDown() override {
-        ServiceFixture::TearDown();
-        clearRegistries();
-        hostbinder::waitIdle();
-    }
-};
+using ClassApiFixture = ServiceFixture;
 
 }  // namespace qel_test

@@ -23,18 +23,6 @@ inline LogLine qelLine(int priority, std::string message) {
     return {priority, std::string(kQelTag), std::move(message)};
 }
 
-// A wire record with the given fields; the texts absent unless given.
-inline DrelRequestData wireRecord(int32_t id, int32_t param = 0,
-                                  std::optional<std::string> value = std::nullopt,
-                                  std::optional<std::string> extra = std::nullopt) {
-    DrelRequestData data;
-    data.resId = id;
-    data.resParam = param;
-    data.resValue = std::move(value);
-    data.resExtra = std::move(extra);
-    return data;
-}
-
 // The trace markers a zero-length section named `name` writes.
 inline std::vector<std::string> sectionMarkers(const std::string& name) {
     std::string pid = std::to_string(getpid());

@@ -19,8 +19,8 @@
 #include <vector>
 
 #include "drel-service/DrelService.h"
-#include "halclient/halclient_internal.h"
 #include "qelctl.h"
+#include "support/service_fixture.h"
 
 namespace qel_test {
 
@@ -35,23 +35,14 @@ protected:
     void SetUp() override {
         ABinderProcess_startThreadPool();  // as qelctl's main does
         hostbinder::reset();
-        dropListeningGroups();
+        clearRegistries();
         service = ::ndk::SharedRefBase::make<::aidl::vendor::quarn::hardware::drel::DrelService>();
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(),
-                                                      "vendor.quarn.hardware.drel.IDrel/default"));
+        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
     }
     void TearDown() override {
         hostbinder::reset();
         hostbinder::waitIdle();
-        dropListeningGroups();
-    }
-
-    // Registrations live in the class API's process-wide registry, thermal ones even after
-    // unregistering: each test starts without any, so that none refuses a later test's.
-    static void dropListeningGroups() {
-        std::vector<DrelCallbackGroup> groups;
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
-        groups.swap(callback_groups);
+        clearRegistries();
     }
 
     static QelctlRun run(const std::vector<std::string>& args, const std::string& input = "") {

@@ -11,6 +11,7 @@
 #include <memory>
 #include <ostream>
 
+#include "halclient/halclient_internal.h"
 #include "mocks/MockDrel.h"
 #include "support/log_capture.h"
 
@@ -26,6 +27,32 @@ inline void PrintTo(const DrelRequestParcel& parcel, std::ostream* os) {
 
 namespace qel_test {
 
+// Empties the class API's process-wide registries (listening groups, which thermal ones outlive
+// unregistering, and parked one-shot clients), so that no test sees or is refused by another's.
+// The entries are destroyed after the locks are released.
+inline void clearRegistries() {
+    std::vector<DrelCallbackGroup> groups;
+    std::vector<std::shared_ptr<DrelCallbackClient>> clients;
+    {
+        std::lock_guard<std::mutex> lock(callback_group_mutex);
+        groups.swap(callback_groups);
+    }
+    std::lock_guard<std::mutex> lock(request_callback_mutex);
+    clients.swap(request_callbacks);
+}
+
+// A wire record with the given fields; the texts absent unless given.
+inline DrelRequestData wireRecord(int32_t id, int32_t param = 0,
+                                  std::optional<std::string> value = std::nullopt,
+                                  std::optional<std::string> extra = std::nullopt) {
+    DrelRequestData data;
+    data.resId = id;
+    data.resParam = param;
+    data.resValue = std::move(value);
+    data.resExtra = std::move(extra);
+    return data;
+}
+
 inline constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
 class ServiceFixture : public ::testing::Test {
@@ -33,6 +60,7 @@ protected:
     void SetUp() override {
         // Reports and death notices reach this process on its binder threads, as on a device.
         ABinderProcess_startThreadPool();
+        clearRegistries();
         hostbinder::reset();
         startService();
         log.clear();
@@ -40,6 +68,8 @@ protected:
     void TearDown() override {
         hostbinder::reset();
         ::testing::Mock::VerifyAndClearExpectations(service.get());
+        clearRegistries();
+        hostbinder::waitIdle();
     }
 
     // Registers a new mock service (a restart when one ran before).

@@ -1,4 +1,4 @@
-// Helpers of the wrapper's tests: resource lists in a comparable form.
+// Resource lists, as the wrapper builds them and the class API reports them, in a comparable form.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ namespace qel_test {
 // (resId, resValue) per resource, in order.
 using ResourcePairs = std::vector<std::pair<int32_t, std::optional<std::string>>>;
 
-inline ResourcePairs pairsOf(const std::vector<QelClient::Resource>& list) {
+template <typename List>  // a vector or list of QelClient::Resource
+ResourcePairs pairsOf(const List& list) {
     ResourcePairs out;
     for (const auto& r : list) out.emplace_back(r.resId, r.resValue);
     return out;
