@@ -1,14 +1,9 @@
-// The host stand-in's binder runtime behaves as the device's does where the library and the
-// generated code depend on it: the thread a call into the client runs on and the thread pool it
-// waits for, death, reference counts, and the parcel's positions and wire layout.
+// The host binder runtime does what the device's does where the library and generated code rely
+// on it: the threads of calls into the client and the pool, death, references, parcel layout.
 
 #include <aidl/vendor/quarn/hardware/drel/BnDrelCallback.h>
 #include <aidl/vendor/quarn/hardware/drel/IDrel.h>
-#include <android/binder_manager.h>
 #include <android/binder_parcel_utils.h>
-#include <android/binder_process.h>
-#include <gtest/gtest.h>
-#include <hostbinder/hostbinder.h>
 
 #include <atomic>
 #include <cstring>
@@ -23,14 +18,11 @@ namespace {
 using ::aidl::vendor::quarn::hardware::drel::BnDrelCallback;
 using ::aidl::vendor::quarn::hardware::drel::IDrel;
 using ::testing::_;
-using ::testing::DoAll;
 using ::testing::Invoke;
-using ::testing::SaveArg;
 using Strings = std::optional<std::vector<std::optional<std::string>>>;
 
 // Records the thread and data of each call; `onCall`, when set, runs inside the call.
-class RecordingCallback : public BnDrelCallback {
-public:
+struct RecordingCallback : BnDrelCallback {
     ::ndk::ScopedAStatus onCallback(const std::vector<DrelRequestData>& data) override {
         threads.push_back(std::this_thread::get_id());
         received.push_back(data);
@@ -43,36 +35,42 @@ public:
 };
 
 std::shared_ptr<IDrel> connect() {
-    ::ndk::SpAIBinder binder(AServiceManager_checkService(kInstance));
-    return IDrel::fromBinder(binder);
+    return IDrel::fromBinder(::ndk::SpAIBinder(AServiceManager_checkService(kInstance)));
 }
 
 class HostBinderTest : public ServiceFixture {};
 
-// From inside the caller's call the service's calls come back to the caller's thread, also one
-// level deeper (the callback calls the service, which calls back again); from a thread of the
-// service's own they run on a binder thread, and the service waits for them.
-TEST_F(HostBinderTest, CallbacksRunOnTheCallingThreadOnlyFromInsideItsCall) {
+std::mutex gDeathMutex;
+std::vector<std::pair<void*, std::thread::id>> gDeaths;  // cookie, thread
+void recordDeath(void* cookie) {
+    std::lock_guard<std::mutex> l(gDeathMutex);
+    gDeaths.emplace_back(cookie, std::this_thread::get_id());
+}
+
+// Calls into a client object from inside its caller's call run on the caller's thread, also one
+// level deeper; from the service's own thread on a binder thread, the service waiting. A death runs
+// each live link once (one proxy's in link order, on one binder thread) and drops its references.
+TEST_F(HostBinderTest, CallsIntoTheClientAndDeathsRunOnTheirThreadsAndDeathReleasesObjects) {
     std::shared_ptr<IDrel> drel = connect();
     ASSERT_TRUE(drel && drel->isRemote());
     auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
+    std::weak_ptr<RecordingCallback> weak = callback;
+    ::ndk::SpAIBinder local = callback->asBinder();
+    EXPECT_EQ(local.get(), callback->asBinder().get()) << "one object, one live binder";
     std::shared_ptr<IDrelCallback> kept;
     std::thread::id serviceThread;
-    EXPECT_CALL(*service, listeningRegister(_, _, _))
-            .WillOnce(Invoke([&](const DrelRequestParcel&, const std::shared_ptr<IDrelCallback>& cb,
-                                 int32_t* handle) {
-                kept = cb;
-                DrelRequestData report;
-                report.resPath = "/p";
-                EXPECT_TRUE(cb->onCallback({report}).isOk());
-                std::thread([&] {
-                    serviceThread = std::this_thread::get_id();
-                    EXPECT_TRUE(cb->onCallback({}).isOk());
-                    EXPECT_EQ(3u, callback->received.size()) << "the service waits for the call";
-                }).join();
-                *handle = 3;
-                return ::ndk::ScopedAStatus::ok();
-            }));
+    EXPECT_CALL(*service, listeningRegister(_, _, _)).WillOnce(Invoke([&](auto&, auto& cb, auto*) {
+        kept = cb;
+        DrelRequestData report;
+        report.resPath = "/p";
+        EXPECT_TRUE(cb->onCallback({report}).isOk());
+        std::thread([&] {
+            serviceThread = std::this_thread::get_id();
+            EXPECT_TRUE(cb->onCallback({}).isOk());
+            EXPECT_EQ(3u, callback->received.size()) << "the service waits for the call";
+        }).join();
+        return ::ndk::ScopedAStatus::ok();
+    }));
     EXPECT_CALL(*service, init()).WillOnce(Invoke([&] { return kept->onCallback({}); }));
     callback->onCall = [&] {
         callback->onCall = nullptr;
@@ -80,88 +78,45 @@ TEST_F(HostBinderTest, CallbacksRunOnTheCallingThreadOnlyFromInsideItsCall) {
     };
     int32_t handle = 0;
     ASSERT_TRUE(drel->listeningRegister(DrelRequestParcel{}, callback, &handle).isOk());
-    EXPECT_EQ(3, handle);
-    const std::thread::id caller = std::this_thread::get_id();
     ASSERT_EQ(3u, callback->threads.size());
-    EXPECT_EQ(caller, callback->threads[0]);
-    EXPECT_EQ(caller, callback->threads[1]);
-    EXPECT_NE(caller, callback->threads[2]);
-    EXPECT_NE(serviceThread, callback->threads[2]);
+    const std::thread::id caller = std::this_thread::get_id(), binderThread = callback->threads[2];
+    EXPECT_EQ((std::vector{caller, caller, binderThread}), callback->threads);
+    EXPECT_NE(caller, binderThread);
+    EXPECT_NE(serviceThread, binderThread);
     EXPECT_EQ(std::optional<std::string>("/p"), callback->received[0].at(0).resPath);
-}
+    callback.reset();
+    local = nullptr;
+    EXPECT_FALSE(weak.expired()) << "the service's proxy keeps the client object";
 
-struct DeathRecord {
-    std::mutex mutex;
-    std::vector<void*> cookies;
-    std::vector<std::thread::id> threads;
-};
-DeathRecord* gDeaths = nullptr;
-void recordDeath(void* cookie) {
-    std::lock_guard<std::mutex> l(gDeaths->mutex);
-    gDeaths->cookies.push_back(cookie);
-    gDeaths->threads.push_back(std::this_thread::get_id());
-}
-
-TEST_F(HostBinderTest, DeathsOfOneProxyRunOnceInLinkOrderOnOneBinderThread) {
-    DeathRecord deaths;
-    gDeaths = &deaths;
-    std::shared_ptr<IDrel> drel = connect();
+    gDeaths.clear();
     AIBinder* binder = drel->asBinder().get();
     ::ndk::ScopedAIBinder_DeathRecipient recipient(AIBinder_DeathRecipient_new(recordDeath));
     AIBinder_DeathRecipient* deleted = AIBinder_DeathRecipient_new(recordDeath);
-    int cookies[5] = {};
-    std::vector<void*> linked;
-    for (int& cookie : cookies) {
-        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(binder, recipient.get(), &cookie));
-        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(binder, deleted, &deaths));
-        linked.push_back(&cookie);
+    int cookies[3] = {};
+    const std::vector<void*> linked = {&cookies[0], &cookies[1], &cookies[2]};
+    for (void* cookie : linked) {
+        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(binder, recipient.get(), cookie));
+        ASSERT_EQ(STATUS_OK, AIBinder_linkToDeath(binder, deleted, &binder));
     }
-    EXPECT_EQ(STATUS_NAME_NOT_FOUND, AIBinder_unlinkToDeath(binder, recipient.get(), &deaths));
+    EXPECT_EQ(STATUS_NAME_NOT_FOUND, AIBinder_unlinkToDeath(binder, recipient.get(), &binder));
     AIBinder_DeathRecipient_delete(deleted);  // drops its links
-
     killService();
-    EXPECT_EQ(linked, deaths.cookies);
-    ASSERT_EQ(5u, deaths.threads.size());
-    EXPECT_EQ(std::vector<std::thread::id>(5, deaths.threads[0]), deaths.threads);
-    EXPECT_NE(std::this_thread::get_id(), deaths.threads[0]);
+    ASSERT_EQ(3u, gDeaths.size());
+    const std::thread::id deathThread = gDeaths[0].second;
+    for (size_t i = 0; i < 3; ++i) EXPECT_EQ(std::make_pair(linked[i], deathThread), gDeaths[i]);
+    EXPECT_NE(caller, deathThread);
+    EXPECT_TRUE(weak.expired()) << "a dead process holds no references";
+    EXPECT_EQ(STATUS_DEAD_OBJECT, kept->onCallback({}).getStatus());
     EXPECT_FALSE(AIBinder_isAlive(binder));
     EXPECT_EQ(STATUS_DEAD_OBJECT, drel->init().getStatus());
     EXPECT_EQ(STATUS_DEAD_OBJECT, AIBinder_linkToDeath(binder, recipient.get(), &cookies[0]));
     EXPECT_EQ(nullptr, AServiceManager_checkService(kInstance));
     EXPECT_TRUE(AServiceManager_isDeclared(kInstance)) << "a dead service stays declared";
-    gDeaths = nullptr;
 }
 
-// A local binder holds its object and is reused by asBinder; the service's proxy of a client
-// object keeps that object alive until the service's process dies.
-TEST_F(HostBinderTest, BindersAndProxiesHoldTheirObjectsUntilReleasedOrDead) {
-    auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
-    std::weak_ptr<RecordingCallback> weak = callback;
-    ::ndk::SpAIBinder local = callback->asBinder();
-    EXPECT_EQ(local.get(), callback->asBinder().get()) << "one object, one live binder";
-    callback.reset();
-    EXPECT_FALSE(weak.expired()) << "the binder holds the object";
-    local = nullptr;
-    EXPECT_TRUE(weak.expired());
-
-    callback = ::ndk::SharedRefBase::make<RecordingCallback>();
-    weak = callback;
-    std::shared_ptr<IDrelCallback> kept;
-    EXPECT_CALL(*service, thermalListeningRegister(_, _, _))
-            .WillOnce(DoAll(SaveArg<1>(&kept), ReturnResult3(1)));
-    int32_t handle = 0;
-    ASSERT_TRUE(connect()->thermalListeningRegister({1}, callback, &handle).isOk());
-    callback.reset();
-    EXPECT_FALSE(weak.expired()) << "the service's proxy keeps the client object";
-    killService();
-    EXPECT_TRUE(weak.expired()) << "a dead process holds no references";
-    EXPECT_EQ(STATUS_DEAD_OBJECT, kept->onCallback({}).getStatus());
-}
-
-// A process that has not started its binder thread pool hears nothing from a service's own thread
-// until it does: the report waits (one warning says why), waitIdle() does not wait for it, and it
-// arrives once the pool starts. A nested call needs no pool. Run in a fresh process, since every
-// fixture starts this one's pool.
+// Without a binder thread pool a report from the service's own thread waits (one warning says
+// why; waitIdle() does not wait for it) and arrives once the pool starts; a nested call needs no
+// pool. Run in a fresh process, since every fixture starts this one's pool.
 TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesOnceItStarts) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
     auto child = [] {
@@ -169,10 +124,10 @@ TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesO
         auto service = ::ndk::SharedRefBase::make<::testing::NiceMock<MockDrel>>();
         std::shared_ptr<IDrelCallback> kept;
         EXPECT_CALL(*service, thermalListeningRegister(_, _, _))
-                .WillOnce(DoAll(SaveArg<1>(&kept), Invoke([&](auto&, auto& cb, int32_t* h) {
-                                    *h = 1;
-                                    return cb->onCallback({});  // nested
-                                })));
+                .WillOnce(Invoke([&](auto&, auto& cb, auto*) {
+                    kept = cb;
+                    return cb->onCallback({});  // nested
+                }));
         AServiceManager_addService(service->asBinder().get(), kInstance);
         auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
         int32_t handle = 0;
@@ -190,9 +145,7 @@ TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesO
         const bool waited = !answered && callback->received.size() == 1;
         ABinderProcess_startThreadPool();
         reporter.join();
-        std::fprintf(stderr, "ok %d, waited %d, heard %zu\n", ok, waited,
-                     callback->received.size());
-        std::_Exit(ok && waited && callback->received.size() == 2 ? 0 : 1);
+        std::_Exit(!ok ? 1 : !waited ? 2 : callback->received.size() != 2 ? 3 : 0);
     };
     EXPECT_EXIT(child(), ::testing::ExitedWithCode(0), "");
 }
@@ -224,9 +177,8 @@ TEST(HostParcelTest, StringAllocatorsAreAskedForTheLengthWithTheTerminator) {
     }
 }
 
-// The words of the parcel as a device lays them out: arrays as a length (-1 for null) then the
-// elements, each parcelable marked present and prefixed with its size in bytes, strings in
-// UTF-16. Writes go to the position: going back overwrites without growing the parcel.
+// The parcel's words as a device lays them out (arrays: length or -1, then elements; parcelables:
+// present, then size; strings in UTF-16). A write at an earlier position overwrites in place.
 TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     ::ndk::ScopedAParcel parcel(AParcel_create());
     AParcel* p = parcel.get();

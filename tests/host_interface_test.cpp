@@ -7,8 +7,8 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <iterator>
 #include <regex>
-#include <sstream>
 
 namespace {
 
@@ -23,44 +23,34 @@ const std::string kTypeDir = "vendor/quarn/hardware/drel/";
 std::string readFile(const std::string& path) {
     std::ifstream in(path);
     EXPECT_TRUE(in.good()) << path;
-    std::stringstream text;
-    text << in.rdbuf();
-    return text.str();
+    return std::string(std::istreambuf_iterator<char>(in), {});
 }
 
 // The first group of every match of `pattern` in `text`, in order.
 std::vector<std::string> matches(const std::string& text, const std::string& pattern) {
     std::vector<std::string> found;
-    std::regex re(pattern);
-    for (auto it = std::sregex_iterator(text.begin(), text.end(), re); it != std::sregex_iterator();
-         ++it) {
+    const std::regex re(pattern);
+    for (std::sregex_iterator it(text.begin(), text.end(), re), end; it != end; ++it)
         found.push_back((*it)[1]);
-    }
     return found;
 }
 
 // Names declared in an .aidl body, comments aside: methods "type name(" or fields "type name;".
 std::vector<std::string> declaredNames(const std::string& file, const std::string& pattern) {
-    std::string text = readFile(kAidlDir + kTypeDir + file);
-    return matches(std::regex_replace(text, std::regex(R"(/\*[\s\S]*?\*/)"), ""), pattern);
+    const std::regex comment(R"(/\*[\s\S]*?\*/)");
+    return matches(std::regex_replace(readFile(kAidlDir + kTypeDir + file), comment, ""), pattern);
 }
 
 TEST(HostInterfaceTest, MethodsKeepTheirTransactionCodesInDeclarationOrder) {
+    // clang-format off
+#define CODE(name) std::make_pair(#name, IDrel::TRANSACTION_##name)
     const std::vector<std::pair<std::string, uint32_t>> hostForm = {
-            {"init", IDrel::TRANSACTION_init},
-            {"request", IDrel::TRANSACTION_request},
-            {"release", IDrel::TRANSACTION_release},
-            {"stateRequest", IDrel::TRANSACTION_stateRequest},
-            {"listeningRegister", IDrel::TRANSACTION_listeningRegister},
-            {"listeningUnregister", IDrel::TRANSACTION_listeningUnregister},
-            {"propertyGet", IDrel::TRANSACTION_propertyGet},
-            {"propertySet", IDrel::TRANSACTION_propertySet},
-            {"thermalListeningRegister", IDrel::TRANSACTION_thermalListeningRegister},
-            {"thermalListeningUnregister", IDrel::TRANSACTION_thermalListeningUnregister},
-            {"reserved11", IDrel::TRANSACTION_reserved11},
-            {"setRelatedSysInfo", IDrel::TRANSACTION_setRelatedSysInfo},
-            {"ruleCtl", IDrel::TRANSACTION_ruleCtl},
-    };
+            CODE(init), CODE(request), CODE(release), CODE(stateRequest), CODE(listeningRegister),
+            CODE(listeningUnregister), CODE(propertyGet), CODE(propertySet),
+            CODE(thermalListeningRegister), CODE(thermalListeningUnregister), CODE(reserved11),
+            CODE(setRelatedSysInfo), CODE(ruleCtl)};
+#undef CODE
+    // clang-format on
     std::vector<std::string> aidl = declaredNames("IDrel.aidl", R"(\b(\w+)\s*\()");
     ASSERT_EQ(hostForm.size(), aidl.size());
     for (size_t i = 0; i < aidl.size(); ++i) {
@@ -88,8 +78,7 @@ TEST(HostInterfaceTest, VersionAndHashAreThoseOfTheFrozenDump) {
     hash.erase(hash.find_last_not_of("\n") + 1);
     EXPECT_EQ(hash, IDrel::hash);
     EXPECT_EQ(hash, IDrelCallback::hash);
-    const int32_t version = IDrel::version;  // a copy: the member has no out-of-line definition
-    EXPECT_EQ(1, version);
+    EXPECT_EQ(1, int32_t{IDrel::version});  // a copy: the member has no out-of-line definition
     for (const char* file :
          {"IDrel.aidl", "IDrelCallback.aidl", "DrelRequestData.aidl", "DrelRequestParcel.aidl"}) {
         EXPECT_EQ(readFile(dump + "1/" + kTypeDir + file),
