@@ -25,16 +25,6 @@ const LogLine kConnectError =
         qelLine(ANDROID_LOG_ERROR, "qel_get_drel_hal_and_link_to_death error:-1");
 const LogLine kDied = qelLine(ANDROID_LOG_ERROR, "Drel HAL Service died");
 
-bool flatConnected() {
-    std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
-    return g_qel_hal != nullptr;
-}
-
-bool classConnected() {
-    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-    return g_drel_hal != nullptr;
-}
-
 class FlatConnectionTest : public FlatFixture {};
 
 TEST_F(FlatConnectionTest, QelInitConnectsOnceWithoutWaitingAndCallsInitThroughAProxy) {
@@ -83,7 +73,7 @@ TEST_F(FlatConnectionTest, AServiceDyingAtTheLinkLeavesNoProxyAndTheNextCallReco
                                     qelLine(ANDROID_LOG_ERROR,
                                             "Unable to link to g_qel_hal death notifications!"),
                                     kConnectError}));
-    EXPECT_FALSE(flatConnected());
+    EXPECT_FALSE(qelConnected());
     startService();
     EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
     EXPECT_EQ(0, qelInit());

@@ -82,11 +82,6 @@ inline DrelRequestParcel debugTagged(DrelRequestParcel parcel) {
     return parcel;
 }
 
-inline bool classConnected() {
-    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-    return g_drel_hal != nullptr;
-}
-
 inline std::vector<std::shared_ptr<DrelCallbackClient>> parked() {
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     return request_callbacks;

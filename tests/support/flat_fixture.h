@@ -2,16 +2,11 @@
 // the flat API's own connection and its log lines.
 #pragma once
 
-#include <aidl/vendor/quarn/hardware/drel/DrelRequestData.h>
-#include <aidl/vendor/quarn/hardware/drel/DrelRequestParcel.h>
 #include <unistd.h>
 
-#include <optional>
-#include <shared_mutex>
 #include <string>
 #include <vector>
 
-#include "qel/qel_internal.h"
 #include "support/service_fixture.h"
 
 namespace qel_test {
@@ -31,10 +26,6 @@ inline std::vector<std::string> sectionMarkers(const std::string& name) {
 
 class FlatFixture : public ServiceFixture {
 protected:
-    static bool qelConnected() {
-        std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
-        return g_qel_hal != nullptr;
-    }
     std::vector<LogLine> qelLines() const { return log.linesWithTag(kQelTag); }
 };
 

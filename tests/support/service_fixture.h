@@ -9,10 +9,15 @@
 #include <hostbinder/hostbinder.h>
 
 #include <memory>
+#include <optional>
 #include <ostream>
+#include <shared_mutex>
+#include <string>
+#include <vector>
 
 #include "halclient/halclient_internal.h"
 #include "mocks/MockDrel.h"
+#include "qel/qel_internal.h"
 #include "support/log_capture.h"
 
 namespace aidl::vendor::quarn::hardware::drel {
@@ -39,6 +44,16 @@ inline void clearRegistries() {
     }
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     clients.swap(request_callbacks);
+}
+
+// Whether each API holds a proxy of the service now.
+inline bool classConnected() {
+    std::shared_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
+    return g_drel_hal != nullptr;
+}
+inline bool qelConnected() {
+    std::shared_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
+    return g_qel_hal != nullptr;
 }
 
 // A wire record with the given fields; the texts absent unless given.
