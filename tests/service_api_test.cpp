@@ -1,38 +1,24 @@
 // The example service's rules, driven end to end through the library's flat and class APIs as a
 // caller's host test would drive it, on a manual clock; and its fault plan.
 
-#include <android/binder_manager.h>
-#include <android/binder_process.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <hostbinder/hostbinder.h>
 
 #include <atomic>
 #include <chrono>
-#include <list>
-#include <mutex>
-#include <string>
 #include <tuple>
-#include <vector>
 
-#include "IClientCallback.h"
 #include "drel-service/DrelService.h"
-#include "halclient.h"
-#include "halclient/halclient_internal.h"
 #include "qel.h"
+#include "support/class_fixture.h"
 
 namespace qel_test {
 namespace {
 
-using ::aidl::vendor::quarn::hardware::drel::DrelRequestData;
-using ::aidl::vendor::quarn::hardware::drel::DrelRequestParcel;
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using ::testing::ElementsAre;
-using Hal = drelHalclient;
 using Report = std::vector<std::string>;
-using Resources = std::list<QelClient::Resource>;
 
-constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 constexpr int32_t kCpu = 0x01010010;
 constexpr int32_t kGpu = 0x01010020;
 const std::string cpu = std::to_string(kCpu), gpu = std::to_string(kGpu);
@@ -47,17 +33,14 @@ std::string stateOf(int32_t id) {
 struct Reports : IClientCallback, IClientCallbackByPath {
     void onCallback(std::list<QelClient::Resource> resources) override {
         std::vector<std::string> keys, values;
-        for (const auto& r : resources) {
-            keys.push_back(std::to_string(r.resId));
-            values.push_back(r.resValue.value_or("<absent>"));
-        }
+        for (const auto& r : resources) keys.push_back(std::to_string(r.resId));
+        for (const auto& r : resources) values.push_back(r.resValue.value_or("<absent>"));
         onCallback(keys, values);
     }
     void onCallback(std::vector<std::string> keys, std::vector<std::string> values) override {
-        Report report;
-        for (size_t i = 0; i < keys.size(); ++i) report.push_back(keys[i] + "=" + values[i]);
         std::lock_guard<std::mutex> lock(mutex);
-        received.push_back(std::move(report));
+        Report& report = received.emplace_back();
+        for (size_t i = 0; i < keys.size(); ++i) report.push_back(keys[i] + "=" + values[i]);
     }
     std::vector<Report> reports() const {
         std::lock_guard<std::mutex> lock(mutex);
@@ -80,48 +63,37 @@ protected:
     void TearDown() override {
         hostbinder::reset();
         hostbinder::waitIdle();
-        // Registrations live in the class API's process-wide registry; each test starts without.
-        std::vector<DrelCallbackGroup> groups;
-        std::lock_guard<std::mutex> lock(callback_group_mutex);
-        groups.swap(callback_groups);
+        clearRegistries();  // process-wide: each test starts without registrations
     }
 
     std::shared_ptr<DrelService> service;
     std::atomic<int64_t> clockMs{5000};
 };
 
-TEST_F(ServiceApiTest, HandlesCountUpFromOneAcrossRequestsAndRegistrations) {
-    auto reports = std::make_shared<Reports>();
-    Resources watched = {{kCpu, ""}};
-    EXPECT_EQ(1, QelResAcquire({{kCpu, "1"}}, 0, "", 0));
-    EXPECT_EQ(2, Hal::drelResListeningRegister(watched, 0, reports));
-    EXPECT_EQ(3, Hal::drelThermalListeningRegister({1}, reports));
-    EXPECT_EQ(4, QelEventAcquire(12, "", "", 0, {}));
-    EXPECT_EQ(-1, Hal::drelResCtlRelease(2)) << "a registration is not a request";
-    EXPECT_EQ(0, Hal::drelResCtlRelease(1));
-    EXPECT_EQ(-1, Hal::drelSACtlRelease(1)) << "released already";
-    EXPECT_EQ(5, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
-}
-
-TEST_F(ServiceApiTest, EveryHoldingKindHoldsItsResourcesAndTheNewestLiveHolderWins) {
-    Resources resources = {{kGpu, "7"}};
+TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins) {
+    ResourceList resources = {{kGpu, "7"}}, watched = {{kCpu, ""}};
     const int handles[] = {
             QelResAcquire({{kCpu, "1000"}, {kGpu, std::nullopt}}, 0, "", 0),
             QelPlatformResAcquire({{kCpu, "5"}, {kCpu, "2000"}}, 0, "", "pkg", 0),
+            Hal::drelResListeningRegister(watched, 0, std::make_shared<Reports>()),
             Hal::drelSACtlRequest(0, 0, kCpu, 0, 0, 0),
             Hal::drelResCtlRequest(0, 0, resources, 0, 0, 0),
     };
+    EXPECT_THAT(handles, ElementsAre(1, 2, 3, 4, 5)) << "across requests and registrations";
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(handles[2])) << "a registration is not a request";
     EXPECT_EQ("1", stateOf(kCpu)) << "a scene is held at 1";
     EXPECT_EQ("7", stateOf(kGpu));
     EXPECT_EQ(4u, service->liveRequestCount());
-    EXPECT_EQ(0, Hal::drelResCtlRelease(handles[3]));
+    EXPECT_EQ(0, Hal::drelResCtlRelease(handles[4]));
     EXPECT_EQ("1", stateOf(kGpu)) << "a record without a value holds its resource at 1";
     EXPECT_EQ(0, Hal::drelSACtlRelease(handles[0]));
+    EXPECT_EQ(-1, Hal::drelSACtlRelease(handles[0])) << "released already";
     EXPECT_EQ("1", stateOf(kCpu)) << "releasing an older request changes nothing";
-    EXPECT_EQ(0, Hal::drelSACtlRelease(handles[2]));
+    EXPECT_EQ(0, Hal::drelSACtlRelease(handles[3]));
     EXPECT_EQ("2000", stateOf(kCpu)) << "a resource named twice holds the later value";
     QelRelease(handles[1]);
     EXPECT_EQ("0", stateOf(kCpu));
+    EXPECT_EQ(6, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
 }
 
 TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpires) {
@@ -158,40 +130,33 @@ TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingN
 }
 
 TEST_F(ServiceApiTest, ListenersHearEachChangeInTheirOwnOrderAndOneShotsTheirRequestOnce) {
-    auto listener = std::make_shared<Reports>(), byPath = std::make_shared<Reports>();
-    Resources watched = {{kCpu, ""}, {kGpu, ""}};
+    auto listener = std::make_shared<Reports>(), byPath = std::make_shared<Reports>(),
+         oneShot = std::make_shared<Reports>();
+    ResourceList watched = {{kCpu, ""}, {kGpu, ""}}, request = {{kGpu, "700"}, {kCpu, "1400000"}};
     const int registration = Hal::drelResListeningRegister(watched, 0, listener);
-    ASSERT_GT(registration, 0);
     ASSERT_GT(Hal::drel_res_listening_register_by_path({"/sys/a", "/sys/b"}, 0, byPath), 0);
-
-    auto oneShot = std::make_shared<Reports>();
-    Resources request = {{kGpu, "700"}, {kCpu, "1400000"}};
     const int handle = Hal::drelResCtlRequest(0, 0, request, 0, 0, 0, oneShot);
-    ASSERT_GT(handle, 0);
     QelResAcquire({{kGpu, "700"}}, 0, "", 0);  // the same value: no change
     QelResAcquire({{kGpu, "0"}}, 0, "", 100);  // a change to the default value
     clockMs += 100;
     EXPECT_EQ("700", stateOf(kGpu)) << "expiry restores the older value";
     Hal::drel_resctl_request_by_path(0, 0, {"/sys/b"}, {"9"}, 0, 0, 0);
     EXPECT_EQ(0, Hal::drelResCtlRelease(handle));
+    EXPECT_EQ(0, Hal::drelResListeningUnRegister(registration));
+    QelResAcquire({{kCpu, "1"}}, 0, "", 0);  // heard by nobody: the listener is gone
 
     EXPECT_THAT(oneShot->reports(), ElementsAre(ElementsAre(gpu + "=700", cpu + "=1400000")));
     EXPECT_THAT(listener->reports(),
                 ElementsAre(ElementsAre(cpu + "=1400000", gpu + "=700"), ElementsAre(gpu + "=0"),
                             ElementsAre(gpu + "=700"), ElementsAre(cpu + "=0")));
     EXPECT_THAT(byPath->reports(), ElementsAre(ElementsAre("/sys/b=9")));
-
-    EXPECT_EQ(0, Hal::drelResListeningUnRegister(registration));
-    QelResAcquire({{kCpu, "1"}}, 0, "", 0);
-    EXPECT_EQ(4u, listener->reports().size()) << "nothing after unregistering";
-    EXPECT_EQ(1u, oneShot->reports().size());
 }
 
 TEST_F(ServiceApiTest, ThermalLevelsFanOutToTheListenersOfTheirIds) {
     auto both = std::make_shared<Reports>(), second = std::make_shared<Reports>();
     const int bothHandle = Hal::drelThermalListeningRegister({1, 2}, both);
     ASSERT_GT(Hal::drelThermalListeningRegister({2, 3}, second), 0);
-    Resources levels = {{2, "warm"}, {1, "hot"}, {4, "cool"}};
+    ResourceList levels = {{2, "warm"}, {1, "hot"}, {4, "cool"}};
     EXPECT_EQ(2, Hal::drelThermalNotify(levels, 0)) << "listeners reached";
     EXPECT_THAT(both->reports(), ElementsAre(ElementsAre("2=warm", "1=hot")));
     EXPECT_THAT(second->reports(), ElementsAre(ElementsAre("2=warm")));
@@ -201,36 +166,32 @@ TEST_F(ServiceApiTest, ThermalLevelsFanOutToTheListenersOfTheirIds) {
 
 TEST_F(ServiceApiTest, WithoutAServiceOrAnAnswerTheCallsGiveMinusOne) {
     hostbinder::reset();  // nothing declared: the calls fail at once
-    Resources ids = {{kCpu, ""}}, states;
-    std::vector<QelClient::Resource> flat = {{kCpu, ""}};
+    ResourceList ids = {{kCpu, ""}}, states;
     EXPECT_EQ(-1, Hal::drelResListeningRegister(ids, 0, std::make_shared<Reports>()));
     EXPECT_EQ(-1, Hal::drelResStateRequest(ids, 0, states));
-    EXPECT_EQ(-1, QelMutiResStateRequest(flat));
     EXPECT_EQ(-1, qelInit());
 }
 
 // One fault of each kind, and what the service did of the call's work.
 TEST_F(ServiceApiTest, EachFaultOfThePlanFailsOrDelaysTheCallAsDocumented) {
-    // The fault, the status the caller gets, and the requests the service holds afterwards.
-    const std::tuple<uint32_t, binder_exception_t, size_t> rows[] = {
-            {DrelService::kFailedTransaction, EX_TRANSACTION_FAILED, 0},
-            {DrelService::kException, EX_ILLEGAL_STATE, 0},
-            {DrelService::kServiceSpecificError, EX_SERVICE_SPECIFIC, 0},
-            {DrelService::kLostReply, EX_TRANSACTION_FAILED, 1},
-            {DrelService::kLateAnswer, EX_NONE, 1}};
-    DrelRequestParcel parcel;
-    parcel.requestType = DrelService::kKindResource;
-    parcel.resources = {DrelRequestData{kCpu, 0, "1", {}, {}}};
-    for (const auto& [fault, exception, live] : rows) {
+    // The fault, the exception and status the caller gets, and the requests held afterwards.
+    const std::tuple<uint32_t, binder_exception_t, binder_status_t, size_t> rows[] = {
+            {DrelService::kFailedTransaction, EX_TRANSACTION_FAILED, STATUS_FAILED_TRANSACTION, 0},
+            {DrelService::kException, EX_ILLEGAL_STATE, STATUS_OK, 0},
+            {DrelService::kServiceSpecificError, EX_SERVICE_SPECIFIC, STATUS_OK, 0},
+            {DrelService::kLostReply, EX_TRANSACTION_FAILED, STATUS_FAILED_TRANSACTION, 1},
+            {DrelService::kLateAnswer, EX_NONE, STATUS_OK, 1}};
+    const auto parcel =
+            requestParcel(DrelService::kKindResource, 0, 0, 0, false, 0, {wireRes(kCpu, "1")});
+    for (const auto& [fault, exception, code, live] : rows) {
         auto drel = ::ndk::SharedRefBase::make<DrelService>();
         drel->setFaultPlan(DrelService::FaultPlan{3, 100, fault, std::chrono::microseconds(50)});
         int32_t handle = 0;
         const ::ndk::ScopedAStatus status = drel->request(parcel, &handle);
         EXPECT_EQ(exception, status.getExceptionCode()) << fault;
-        EXPECT_EQ(exception == EX_TRANSACTION_FAILED ? STATUS_FAILED_TRANSACTION : STATUS_OK,
-                  status.getStatus());
-        EXPECT_EQ(live, drel->liveRequestCount()) << fault;
+        EXPECT_EQ(code, status.getStatus()) << fault;
         EXPECT_EQ(exception == EX_SERVICE_SPECIFIC, status.getServiceSpecificError() < -1);
+        EXPECT_EQ(live, drel->liveRequestCount()) << fault;
         EXPECT_EQ(1u, drel->faultsInjected());
     }
 }
@@ -240,11 +201,9 @@ TEST_F(ServiceApiTest, AFaultPlanIsReproducibleForItsSeed) {
     auto outcomes = [](uint64_t seed) {
         auto drel = ::ndk::SharedRefBase::make<DrelService>();
         drel->setFaultPlan(DrelService::FaultPlan{seed, 50, DrelService::kAnyFault, {}});
-        std::vector<int> seen;
-        for (int32_t i = 0, out; i < 64; ++i) {
-            const ::ndk::ScopedAStatus status = drel->setRelatedSysInfo(1, i, &out);
-            seen.push_back(status.getExceptionCode() * 1000 + status.getServiceSpecificError());
-        }
+        std::vector<std::string> seen;  // each call's exception, status and service code
+        for (int32_t i = 0, out; i < 64; ++i)
+            seen.push_back(drel->setRelatedSysInfo(1, i, &out).getDescription());
         return std::make_pair(seen, drel->faultsInjected());
     };
     const auto [seen, faults] = outcomes(11);

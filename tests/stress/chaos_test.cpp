@@ -1,14 +1,11 @@
-// Chaos: caller threads take the library's distinct paths at random while the example service
-// is killed and restarted and its seeded fault plan fails, errs and stalls its calls. Nothing may
-// crash or hang (a watchdog); every result is -1 or an answer the service can give; the first
-// call of each API after a restart succeeds; one-shots are called once at most; at the end no
-// listening registration is left, only one-shot clients never reported on are parked (once), and
-// a listener whose unregistration the service confirmed hears nothing more.
+// Chaos: callers take the library's distinct paths at random while the example service is
+// killed, restarted and failed by its seeded fault plan. Nothing may crash or hang (a watchdog);
+// every result is -1 or a service's answer; the first call of each API after a restart succeeds;
+// one-shots are called once at most; at the end no registration is left, only one-shot clients
+// never reported on are parked (once), and listeners the service confirmed dropped hear nothing.
 // Environment: QEL_STRESS_THREADS (8), QEL_STRESS_KILLS (100), QEL_STRESS_INTERVAL_MS (longest
 // wait between kills, 20), QEL_STRESS_SEED (1), QEL_STRESS_BOUND_S (deadlock bound, 300).
-#include <android/binder_manager.h>
 #include <android/binder_process.h>
-#include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
 #include <algorithm>
@@ -26,21 +23,14 @@
 #include <tuple>
 #include <vector>
 
-#include "QelWrapper.h"
-#include "drel-service/DrelService.h"
-#include "halclient.h"
 #include "halclient/halclient_internal.h"
-#include "qel.h"
 #include "stress/stress_support.h"
 
 namespace qel_stress {
 namespace {
 
-using ::aidl::vendor::quarn::hardware::drel::DrelService;
 using H = drelHalclient;
 using Resources = std::list<QelClient::Resource>;
-
-constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
 // A violation, seen on any thread; only the first few are reported.
 std::atomic<int> findings{0};
@@ -50,10 +40,8 @@ void finding(const std::string& what) {
 
 // Callers hold values "1".."999"; a resource nobody holds reads "0".
 void check(const std::string& value) {
-    if (value != "0" && (value.empty() || value.size() > 3 || value[0] == '0' ||
-                         value.find_first_not_of("0123456789") != std::string::npos)) {
-        finding("a value nobody held: \"" + value + "\"");
-    }
+    const long held = std::strtol(value.c_str(), nullptr, 10);
+    if (held < 0 || held > 999 || std::to_string(held) != value) finding("held: \"" + value + "\"");
 }
 
 // The example service answers -1, 0, 1, a count of listeners or a handle, and a handle is never
@@ -84,9 +72,10 @@ struct Callback : IClientCallback, IClientCallbackByPath {
 };
 
 // Callers run each step inside a shared hold of `gate`; the chaos thread pauses them by taking
-// it whole, holding `turnstile` meanwhile so that no caller starts another step.
+// it whole, holding `turnstile` meanwhile so that no caller starts another step, until `stop`.
 std::mutex turnstile;
 std::shared_mutex gate;
+std::atomic<bool> stop{false};
 
 enum Api { kClass, kFlat, kWrapper };
 
@@ -129,14 +118,11 @@ struct Caller {
         registrations.pop_front();
         const int result = thermal ? H::drelThermalListeningUnregister(handle) : 0;
         const int dropped = H::drelResListeningUnRegister(handle);  // drops the group
-        answer("an unregistration", result);
-        answer("an unregistration", dropped);
+        answer("an unregistration", result), answer("an unregistration", dropped);
         std::lock_guard<std::mutex> lock(callback_group_mutex);
         for (const DrelCallbackGroup& group : callback_groups) {
-            if (dynamic_cast<const void*>(group.client->clientCallback.get()) == gone.get() ||
-                dynamic_cast<const void*>(group.client->clientCallbackByPath.get()) == gone.get()) {
+            if (group.client->clientCallback == gone || group.client->clientCallbackByPath == gone)
                 return registrations.push_back({handle, gone, thermal});
-            }
         }
         // Kept alive, as a real caller would, for a report that may still be on its way. A 0 is
         // the service's word that it dropped the listener.
@@ -209,75 +195,39 @@ void Caller::step() {
     return pick % 2 && !handles.empty() ? giveBack() : unregisterOldest();
 }
 
-// With the callers paused and the service back, the first call of each API must succeed; then
-// every resource and level a listener may hear of changes (twice: one at least is a change).
-void checkNextCalls(DrelService& service, std::optional<DrelService::FaultPlan> then, int k,
-                    bool changeEverything = false) {
-    service.setFaultPlan(std::nullopt);
-    EXPECT_EQ(0, H::drelPropertySet("stress.restart", std::to_string(k))) << "class API, " << k;
-    EXPECT_EQ(0, setRelatedSysInfo(99, k)) << "flat API after restart " << k;
-    const int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "stress", "check", 0);
-    EXPECT_EQ(0, QelReleaseWapper(handle));
-    EXPECT_GT(handle, 0) << "wrapper after restart " << k;
-    for (int i = 0; changeEverything && i < 32; ++i) {
-        const std::string value = i < 16 ? "998" : "999",
-                          path = "/stress/res" + std::to_string(i % 16);
-        Resources byId{{0x01500000 + i % 16, value}}, levels{{i % 4, value}};
-        EXPECT_NE(-1, H::drelResCtlRequest(0, 0, byId, 0, 1, 0));
-        EXPECT_NE(-1, H::drel_resctl_request_by_path(0, 0, {path}, {value}, 0, 0, 0));
-        H::drelThermalNotify(levels, 0);  // -1 when no listener is left to hear it
-    }
-    service.setFaultPlan(then);
-}
-
-// No listening registration is left, and only one-shot clients never reported on are parked,
-// each once.
+// No registration is left; only one-shot clients never reported on are parked, each once.
 void checkRegistries(const std::deque<Caller>& callers) {
-    std::set<const void*> unreported, parked;
-    for (const Caller& caller : callers) {
-        for (const auto& callback : caller.oneShots) {
+    std::set<const IClientCallback*> unreported;
+    for (const Caller& caller : callers)
+        for (const auto& callback : caller.oneShots)
             if (callback->calls == 0) unreported.insert(callback.get());
-        }
-    }
-    std::lock_guard<std::mutex> groupLock(callback_group_mutex);
+    std::scoped_lock lock(callback_group_mutex, request_callback_mutex);
     EXPECT_TRUE(callback_groups.empty()) << callback_groups.size() << " registrations left";
-    std::lock_guard<std::mutex> lock(request_callback_mutex);
     for (const auto& client : request_callbacks) {
         ASSERT_FALSE(client->is_register) << "a registration in request_callbacks";
-        const void* caller = dynamic_cast<const void*>(client->clientCallback.get());
-        EXPECT_TRUE(parked.insert(caller).second) << "a one-shot client parked twice";
-        EXPECT_EQ(1u, unreported.count(caller)) << "a one-shot client reported on is parked";
+        EXPECT_EQ(1u, unreported.erase(client->clientCallback.get()))
+                << "a one-shot client parked twice, or parked after it was reported on";
     }
 }
 
 TEST(ChaosTest, SurvivesKillsRestartsAndTheServicesFaultsOnEveryPath) {
-    const int threads = static_cast<int>(envLong("QEL_STRESS_THREADS", 8));
     const int kills = static_cast<int>(envLong("QEL_STRESS_KILLS", 100));
-    const int intervalMs = static_cast<int>(std::max(1L, envLong("QEL_STRESS_INTERVAL_MS", 20)));
-    const uint64_t seed = static_cast<uint64_t>(envLong("QEL_STRESS_SEED", 1));
+    const auto pause = static_cast<uint64_t>(std::max(1L, envLong("QEL_STRESS_INTERVAL_MS", 20)));
+    const auto seed = static_cast<uint64_t>(envLong("QEL_STRESS_SEED", 1));
     ABinderProcess_startThreadPool();
     hostbinder::reset();
     Watchdog watchdog(std::chrono::seconds(envLong("QEL_STRESS_BOUND_S", 300)));
     DrelService::FaultPlan plan;  // 10 calls in 100 go wrong, in every way
+    plan.seed = seed * 1000;
+    std::shared_ptr<DrelService> service = publish(plan);
     uint64_t faults = 0;
-    std::shared_ptr<DrelService> service;
-    auto startService = [&](int k) {
-        if (service) faults += service->faultsInjected();
-        service = ::ndk::SharedRefBase::make<DrelService>();
-        plan.seed = seed * 1000 + k;
-        service->setFaultPlan(plan);
-        ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
-    };
-    startService(0);
 
-    std::atomic<bool> stop{false};
     std::deque<Caller> callers;  // a deque: its elements stay where they are
     std::vector<std::thread> workers;
-    for (int i = 0; i < threads; ++i) {
-        workers.emplace_back([&stop, &caller = callers.emplace_back(seed, i)] {
-            while (!stop) caller.step();
+    for (int i = 0; i < envLong("QEL_STRESS_THREADS", 8); ++i)
+        workers.emplace_back([c = &callers.emplace_back(seed, i)] {
+            while (!stop) c->step();
         });
-    }
     std::mt19937_64 chaos(seed * 31 + 17);
     for (int k = 1; k <= kills; ++k) {
         // Half of the kills land in the middle of traffic; the other half in a quiet moment, so
@@ -286,12 +236,17 @@ TEST(ChaosTest, SurvivesKillsRestartsAndTheServicesFaultsOnEveryPath) {
         if (quiet) turnstile.lock(), gate.lock();
         hostbinder::killService(kInstance);
         if (!quiet) std::this_thread::sleep_for(std::chrono::milliseconds(chaos() % 5));
-        startService(k);
+        faults += service->faultsInjected();
+        plan.seed = seed * 1000 + k;
+        service = publish(plan);
         if (!quiet) turnstile.lock(), gate.lock();
         hostbinder::waitIdle();
-        checkNextCalls(*service, plan, k);
+        // With the callers paused and the service back, the first call of each API succeeds.
+        service->setFaultPlan(std::nullopt);
+        EXPECT_EQ(0, failedCalls("stress", k)) << "calls that failed after restart " << k;
+        service->setFaultPlan(plan);
         gate.unlock(), turnstile.unlock();
-        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos() % intervalMs));
+        std::this_thread::sleep_for(std::chrono::milliseconds(1 + chaos() % pause));
     }
 
     service->setFaultPlan(std::nullopt);  // for the clean-up
@@ -300,7 +255,15 @@ TEST(ChaosTest, SurvivesKillsRestartsAndTheServicesFaultsOnEveryPath) {
     hostbinder::waitIdle();
     for (Caller& caller : callers) caller.cleanUp();
     hostbinder::waitIdle();
-    checkNextCalls(*service, std::nullopt, kills + 1, true);
+    // Every resource and level a listener may hear of changes (twice: one at least is a change).
+    for (int i = 0; i < 32; ++i) {
+        const std::string value = std::to_string(998 + i / 16), path = "/stress/res";
+        Resources byId{{0x01500000 + i % 16, value}}, levels{{i % 4, value}};
+        EXPECT_NE(-1, H::drelResCtlRequest(0, 0, byId, 0, 1, 0));
+        EXPECT_NE(-1, H::drel_resctl_request_by_path(0, 0, {path + std::to_string(i % 16)}, {value},
+                                                     0, 0, 0));
+        H::drelThermalNotify(levels, 0);  // -1 when no listener is left to hear it
+    }
     hostbinder::waitIdle();
     checkRegistries(callers);
     EXPECT_EQ(0, findings.load()) << "violations (the first 20 are reported above)";

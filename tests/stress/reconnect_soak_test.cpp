@@ -5,7 +5,6 @@
 //
 // Parameters (environment): QEL_SOAK_CYCLES (10000), QEL_SOAK_GROWTH_BYTES (the bound on growth
 // from the end of the warm-up to the end, 131072), QEL_STRESS_BOUND_S (deadlock bound, 300).
-#include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
@@ -13,12 +12,7 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <string>
 
-#include "QelWrapper.h"
-#include "drel-service/DrelService.h"
-#include "halclient.h"
-#include "qel.h"
 #include "stress/stress_support.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -35,8 +29,6 @@
 namespace qel_stress {
 namespace {
 
-using ::aidl::vendor::quarn::hardware::drel::DrelService;
-
 // Bytes of heap the process has in use (the sanitizer's allocator when there is one).
 size_t heapInUse() {
 #ifdef QEL_SANITIZER_HEAP
@@ -50,14 +42,10 @@ size_t heapInUse() {
 // Kills the running service (if any), waits for the deaths to be delivered, registers a new one
 // and makes one call of each API. The number of calls that failed.
 long cycle(std::shared_ptr<DrelService>& service, long i) {
-    const char* instance = "vendor.quarn.hardware.drel.IDrel/default";
-    hostbinder::killService(instance);
+    hostbinder::killService(kInstance);
     hostbinder::waitIdle();
-    service = ::ndk::SharedRefBase::make<DrelService>();
-    EXPECT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), instance));
-    const int handle = QelEventAcquireWrapper("PRAXEL_" + gActionList.at(0), "soak", "id", 0);
-    return (drelHalclient::drelPropertySet("soak", std::to_string(i % 1000)) != 0) +
-           (setRelatedSysInfo(1, i) != 0) + (handle == -1) + (QelReleaseWapper(handle) != 0);
+    service = publish(std::nullopt);
+    return failedCalls("soak", i);
 }
 
 TEST(ReconnectSoakTest, ReconnectingAfterEveryRestartDoesNotGrowTheHeap) {
