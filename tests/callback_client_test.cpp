@@ -105,7 +105,7 @@ TEST_F(CallbackClientTest, AMissingCallerCallbackIsSkippedSilently) {
     client->onCallback({wireRecord(0x5, 0, std::nullopt)});
     pathClient->onCallback({wirePath("/a", "1")});
 
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
     EXPECT_FALSE(log.contains(called(0)));
     EXPECT_FALSE(log.contains(called(1)));
 }

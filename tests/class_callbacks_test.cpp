@@ -124,7 +124,8 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
     int failed = 0;
     callback->onReport = [&] {
         startWriter();
-        ResourceList list{res(0x30, "1")}, ids{res(0x40)}, outerIds{res(0x10)};
+        ResourceList list{Resource{0x30, "1"}}, ids{Resource{0x40, std::nullopt}},
+                outerIds{Resource{0x10, std::nullopt}};
         auto other = std::make_shared<RecordingCallback>();
         results.push_back(drelHalclient::drelResCtlRequest(500, list, 0));
         results.push_back(drelHalclient::drelResListeningRegister(ids, 0, other));
@@ -133,7 +134,7 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
         results.push_back(QelEventAcquire(1, "p", "i", 100, {}));
         failed = drelHalclient::drelPropertySet("p", "v");  // its reset waits for the outer call
     };
-    ResourceList listened{res(0x10, "1")};
+    ResourceList listened{Resource{0x10, "1"}};
     results.push_back(
             c.arrival == Arrival::InsideRequest
                     ? drelHalclient::drelResCtlRequest(1, 500, listened, -1, 0, 0, callback)
@@ -150,7 +151,7 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
     EXPECT_EQ(1, log.count("drelPropertySet() failed: drel HAL service not available"));
     EXPECT_EQ(c.groups, groupHandles());
     EXPECT_EQ(1u, callback->reports().size());
-    EXPECT_EQ(0u, parkedCount()) << "a one-shot client answered inside its request is not lost";
+    EXPECT_EQ(0u, parked().size()) << "a one-shot client answered inside its request is not lost";
     EXPECT_EQ(0, log.count("callback not found in request_callbacks"));
     // After a death the flat call fails dead or finds its proxy cleared, as its own death
     // notification has run or not.
@@ -166,7 +167,7 @@ TEST_P(ReentryTest, ACallerCallbackMayCallAnyOperationFromInsideAReport) {
         startService();
         serve();
     }
-    ResourceList list{res(0x30, "1")};
+    ResourceList list{Resource{0x30, "1"}};
     EXPECT_EQ(3, drelHalclient::drelResCtlRequest(500, list, 0)) << "the next call reconnects";
 }
 
@@ -204,11 +205,11 @@ TEST_F(CallbackTest, ClientsLiveWhileTheirRegistryOrTheServiceHoldsThem) {
             });
     ON_CALL(*service, listeningUnregister(4, _)).WillByDefault(ReturnResult(0));
     const std::string destroyed = "ndk backend ~DrelCallbackClient";
-    ResourceList list{res(0x10, "1")};
+    ResourceList list{Resource{0x10, "1"}};
     ASSERT_EQ(5, drelHalclient::drelResCtlRequest(1, 500, list, -1, 0, 0, callback));
     report({wireRecord(0x10, 0, "2"), wireRecord(0x20, 0, "")});
     EXPECT_EQ((ResourcePairs{{0x10, "2"}, {0x20, ""}}), pairsOf(callback->reports().at(0)));
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
     const std::vector<LogLine> lines = log.lines();
     EXPECT_TRUE(std::any_of(lines.begin(), lines.end(), [](const LogLine& line) {
         return !line.tag && line.message.rfind(

@@ -47,7 +47,16 @@ TEST_F(ClassConnectionTest, EightThreadsConnectingAtOnceConnectOnce) {
     EXPECT_EQ(2, hostbinder::serviceManagerCalls());
 }
 
+// A death, also one between the look-up and the link (the call fails after the link line), leaves
+// no proxy behind, and the next call connects to the restarted service.
 TEST_F(ClassConnectionTest, ReconnectsAfterServiceDeathWithoutCallerAction) {
+    hostbinder::dieAtNextDeathLink(kInstance);
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(1));
+    EXPECT_EQ(log.lines(),
+              (std::vector<LogLine>{info("drel client drelResCtlRelease"),
+                                    error("Unable to link to g_drel_hal death notifications!")}));
+    EXPECT_FALSE(classConnected());
+    startService();
     EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
     Hal::drel_init();
     killService();
@@ -84,23 +93,9 @@ TEST_F(ClassConnectionTest, UndeclaredServiceLogsTheSecondAnswerAndFails) {
     EXPECT_EQ(2, hostbinder::serviceManagerCalls()) << "isDeclared is asked twice";
 }
 
-// A service that dies between the look-up and the link leaves no proxy behind: the call fails
-// after the link line, and the next one connects to the restarted service.
-TEST_F(ClassConnectionTest, AServiceDyingAtTheLinkLeavesNoProxyAndTheNextCallReconnects) {
-    hostbinder::dieAtNextDeathLink(kInstance);
-    EXPECT_EQ(-1, Hal::drelResCtlRelease(1));
-    EXPECT_EQ(log.lines(),
-              (std::vector<LogLine>{info("drel client drelResCtlRelease"),
-                                    error("Unable to link to g_drel_hal death notifications!")}));
-    EXPECT_FALSE(classConnected());
-    startService();
-    EXPECT_CALL(*service, release(1, _)).WillOnce(ReturnResult(0));
-    EXPECT_EQ(0, Hal::drelResCtlRelease(1));
-}
-
 // Every operation, under the name its failure line gives it; -1 (or an empty property) when it
 // fails. The lists are paired, so that only the service's answer decides.
-ResourceList gList{res(0x10, "1")};
+ResourceList gList{Resource{0x10, "1"}};
 std::vector<std::string> gStates;
 std::map<std::string, std::string> gStateMap;
 std::shared_ptr<RecordingCallback> cb() {
@@ -177,7 +172,7 @@ TEST_F(ClassConnectionTest, WithoutADeclaredServiceEveryOperationFailsAndParksNo
         SCOPED_TRACE(name);
         EXPECT_EQ(-1, call());
     }
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
 }
 
 TEST_F(ClassConnectionTest, AFailedCallLogsTheOperationsNameAndDropsTheProxy) {
@@ -189,7 +184,7 @@ TEST_F(ClassConnectionTest, AFailedCallLogsTheOperationsNameAndDropsTheProxy) {
         EXPECT_TRUE(log.contains(failed(name)));
         EXPECT_FALSE(classConnected()) << "the next call reconnects";
     }
-    EXPECT_EQ(3u, parkedCount()) << "a failed request keeps its one-shot client parked";
+    EXPECT_EQ(3u, parked().size()) << "a failed request keeps its one-shot client parked";
     EXPECT_TRUE(groups().empty()) << "a failed registration keeps no group";
     EXPECT_TRUE(gStates.empty());
     EXPECT_TRUE(gStateMap.empty());

@@ -31,7 +31,7 @@ TEST_F(ListeningTest, RegisterSendsTheResourcesAndKeepsAGroupWithTheServiceHandl
     std::shared_ptr<IDrelCallback> sentCallback;
     EXPECT_CALL(*service, listeningRegister(_, _, _))
             .WillOnce(DoAll(SaveArg<0>(&sent), SaveArg<1>(&sentCallback), ReturnResult3(77)));
-    ResourceList list{res(0x10, "1"), res(0x20, "2")};
+    ResourceList list{Resource{0x10, "1"}, Resource{0x20, "2"}};
 
     EXPECT_EQ(77, Hal::drelResListeningRegister(list, 9, callback));
 
@@ -48,7 +48,7 @@ TEST_F(ListeningTest, RegisterSendsTheResourcesAndKeepsAGroupWithTheServiceHandl
     EXPECT_EQ(log.lines(), (std::vector<LogLine>{info("drelResListeningRegister"),
                                                  info("A callback has been registered to Drel "
                                                       "HAL ")}));
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
 }
 
 // Registrations by id and by path share one registry. Each is refused while a group listens to
@@ -58,7 +58,7 @@ TEST_F(ListeningTest, OnlyAnEqualKeyInTheSameOrderIsADuplicate) {
     EXPECT_CALL(*service, listeningRegister(_, _, _)).Times(7).WillRepeatedly(ReturnResult3(1));
     auto ids = [](std::vector<int> ids, const char* value) {
         ResourceList list;
-        for (int id : ids) list.push_back(res(id, value));
+        for (int id : ids) list.push_back(Resource{id, value});
         return [list]() mutable { return Hal::drelResListeningRegister(list, 0, nullptr); };
     };
     auto paths = [](std::vector<std::string> paths) {
@@ -102,7 +102,7 @@ TEST_F(ListeningTest, UnregisterRemovesEveryGroupOfTheHandleWhateverTheServiceAn
             .WillOnce(ReturnResult3(5))
             .WillOnce(ReturnResult3(7));
     for (int id : {1, 2, 3, 4}) {
-        ResourceList list{res(id, "1")};
+        ResourceList list{Resource{id, "1"}};
         Hal::drelResListeningRegister(list, 0, callback);
     }
     EXPECT_CALL(*service, listeningUnregister(5, _)).WillOnce(ReturnServiceError(2));
@@ -128,8 +128,8 @@ TEST_F(ListeningTest, StateRequestAppendsTheReplyWholeAndCountsWhatWasThere) {
     EXPECT_CALL(*service, stateRequest(_, _))
             .WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(reply)))
             .WillOnce(ReturnOk());
-    ResourceList query{res(0x10, "1"), res(0)};
-    ResourceList states{res(1, "a"), res(2, "b")};
+    ResourceList query{Resource{0x10, "1"}, Resource{0, std::nullopt}};
+    ResourceList states{Resource{1, "a"}, Resource{2, "b"}};
 
     EXPECT_EQ(5, Hal::drelResStateRequest(query, 4, states));
 
@@ -147,13 +147,13 @@ TEST_F(ListeningTest, StateRequestAppendsTheReplyWholeAndCountsWhatWasThere) {
 TEST_F(ListeningTest, ThermalNotifySendsKindSevenAndRefusesUnpairedLevels) {
     DrelRequestParcel sent;
     EXPECT_CALL(*service, request(_, _)).WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(3)));
-    ResourceList levels{res(0x1, "40"), res(0x2, "45")};
+    ResourceList levels{Resource{0x1, "40"}, Resource{0x2, "45"}};
     EXPECT_EQ(3, Hal::drelThermalNotify(levels, 6));
     EXPECT_EQ(requestParcel(7, 0, 0, 0, false, 6,
                             {wireRecord(0x1, 0, "40"), wireRecord(0x2, 0, "45")}),
               sent);
 
-    ResourceList unpaired{res(0x1)};
+    ResourceList unpaired{Resource{0x1, std::nullopt}};
     EXPECT_EQ(-1, Hal::drelThermalNotify(unpaired, 6));
     const LogLine entry = info("drel client drelThermalNotify");
     EXPECT_EQ(log.lines(),

@@ -52,7 +52,7 @@ TEST_F(PathRequestTest, LengthMismatchesAreRefusedWithoutACallOrAParkedClient) {
                       info("drel client drel_resctl_request_with_callback"),
                       error("drel client drel_resctl_request ERROR: size unmatched for id and "
                             "value ")}));
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
 }
 
 TEST_F(PathRequestTest, ResourceControlWithCallbackParksAPathClientBeforeTheCall) {
@@ -61,7 +61,7 @@ TEST_F(PathRequestTest, ResourceControlWithCallbackParksAPathClientBeforeTheCall
     EXPECT_CALL(*service, request(_, _))
             .WillOnce(DoAll(
                     SaveArg<0>(&sent),
-                    [&](const DrelRequestParcel&, int32_t*) { parkedDuringCall = parkedCount(); },
+                    [&](const DrelRequestParcel&, int32_t*) { parkedDuringCall = parked().size(); },
                     ReturnResult(8)));
 
     EXPECT_EQ(8, Hal::drel_resctl_request_with_callback_by_path(4, 500, {"/a"}, {"1"}, 33, 0, 55,

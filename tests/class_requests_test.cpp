@@ -69,7 +69,7 @@ TEST_P(RequestFormTest, SendsItsArgumentsInTheirFieldsAndReturnsTheServiceResult
     const Form& form = GetParam();
     DrelRequestParcel sent;
     EXPECT_CALL(*service, request(_, _)).WillOnce(DoAll(SaveArg<0>(&sent), ReturnResult(42)));
-    ResourceList list{res(0x1011040, "1"), res(0x2, "a,b")};
+    ResourceList list{Resource{0x1011040, "1"}, Resource{0x2, "a,b"}};
     auto callback = std::make_shared<RecordingCallback>();
 
     EXPECT_EQ(42, form.call(list, callback));
@@ -92,7 +92,7 @@ TEST_P(RequestFormTest, SendsItsArgumentsInTheirFieldsAndReturnsTheServiceResult
         EXPECT_FALSE(clients[0]->is_register);
         EXPECT_FALSE(clients[0]->by_path);
     } else {
-        EXPECT_EQ(0u, parkedCount());
+        EXPECT_EQ(0u, parked().size());
     }
     EXPECT_EQ(expected, sent);
     EXPECT_EQ(expectedLines, log.linesWithTag(kRequestTag));
@@ -107,7 +107,7 @@ class RequestTest : public ClassApiFixture {};
 
 TEST_F(RequestTest, UnpairedListsAreRefusedWithoutACallOrAParkedClient) {
     EXPECT_CALL(*service, request(_, _)).Times(0);
-    ResourceList unpaired{res(0x1011040, "1"), res(0x2)};
+    ResourceList unpaired{Resource{0x1011040, "1"}, Resource{0x2, std::nullopt}};
     EXPECT_EQ(-1, Hal::drelResCtlRequest(1, 500, unpaired, -1, 0, 0));
     EXPECT_EQ(-1, Hal::drelResCtlRequest(1, 500, unpaired, -1, 0, 0,
                                          std::make_shared<RecordingCallback>()));
@@ -118,7 +118,7 @@ TEST_F(RequestTest, UnpairedListsAreRefusedWithoutACallOrAParkedClient) {
                       info("drel client drelResCtlRequest with callback"),
                       error("drel client drel_resctl_request ERROR: size unmatched for id and "
                             "value ")}));
-    EXPECT_EQ(0u, parkedCount());
+    EXPECT_EQ(0u, parked().size());
 }
 
 TEST_F(RequestTest, ReleasesPassTheHandleAndReturnTheServiceResult) {

@@ -181,8 +181,8 @@ TEST_F(ServiceApiTest, EachFaultOfThePlanFailsOrDelaysTheCallAsDocumented) {
             {DrelService::kServiceSpecificError, EX_SERVICE_SPECIFIC, STATUS_OK, 0},
             {DrelService::kLostReply, EX_TRANSACTION_FAILED, STATUS_FAILED_TRANSACTION, 1},
             {DrelService::kLateAnswer, EX_NONE, STATUS_OK, 1}};
-    const auto parcel =
-            requestParcel(DrelService::kKindResource, 0, 0, 0, false, 0, {wireRes(kCpu, "1")});
+    const auto parcel = requestParcel(DrelService::kKindResource, 0, 0, 0, false, 0,
+                                      {wireRecord(kCpu, 0, "1")});
     for (const auto& [fault, exception, code, live] : rows) {
         auto drel = ::ndk::SharedRefBase::make<DrelService>();
         drel->setFaultPlan(DrelService::FaultPlan{3, 100, fault, std::chrono::microseconds(50)});

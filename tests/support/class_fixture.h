@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
-#include <condition_variable>
 #include <functional>
 #include <list>
 #include <memory>
@@ -41,13 +40,6 @@ inline LogLine failed(const std::string& name) {
 }
 inline LogLine cbInfo(const std::string& message) {
     return {ANDROID_LOG_INFO, std::string("DrelFramework-lib-vendor"), message};
-}
-
-inline Resource res(int32_t id, std::optional<std::string> value = std::nullopt) {
-    Resource r;
-    r.resId = id;
-    r.resValue = std::move(value);
-    return r;
 }
 
 // A wire record of the path form.
@@ -86,9 +78,6 @@ inline std::vector<std::shared_ptr<DrelCallbackClient>> parked() {
     std::lock_guard<std::mutex> lock(request_callback_mutex);
     return request_callbacks;
 }
-inline size_t parkedCount() {
-    return parked().size();
-}
 
 // A copy of one entry of callback_groups.
 struct Group {
@@ -118,23 +107,16 @@ public:
         if (onReport) onReport();
         std::lock_guard<std::mutex> lock(mMutex);
         mReports.push_back(std::move(resources));
-        mChanged.notify_all();
     }
     std::vector<ResourceList> reports() const {
         std::lock_guard<std::mutex> lock(mMutex);
         return mReports;
-    }
-    // Waits for `n` reports (the service's thread delivers them).
-    void waitFor(size_t n) {
-        std::unique_lock<std::mutex> lock(mMutex);
-        mChanged.wait(lock, [&] { return mReports.size() >= n; });
     }
 
     std::function<void()> onReport;
 
 private:
     mutable std::mutex mMutex;
-    std::condition_variable mChanged;
     std::vector<ResourceList> mReports;
 };
 

@@ -49,20 +49,15 @@ std::vector<LogLine> LogCapture::linesWithTag(const std::string& tag) const {
     return out;
 }
 
-std::vector<std::string> LogCapture::messages() const {
-    std::vector<std::string> out;
-    for (const LogLine& line : lines()) out.push_back(line.message);
-    return out;
-}
-
 bool LogCapture::contains(const LogLine& line) const {
     auto all = lines();
     return std::find(all.begin(), all.end(), line) != all.end();
 }
 
 int LogCapture::count(const std::string& message) const {
-    auto all = messages();
-    return static_cast<int>(std::count(all.begin(), all.end(), message));
+    auto all = lines();
+    return static_cast<int>(std::count_if(all.begin(), all.end(),
+                                          [&](auto& line) { return line.message == message; }));
 }
 
 void LogCapture::clear() {

@@ -33,9 +33,8 @@ public:
     std::vector<LogLine> lines() const;
     // Only the lines of one tag, in order.
     std::vector<LogLine> linesWithTag(const std::string& tag) const;
-    std::vector<std::string> messages() const;
     bool contains(const LogLine& line) const;
-    int count(const std::string& message) const;
+    int count(const std::string& message) const;  // lines with this text, any tag
     void clear();
 };
 

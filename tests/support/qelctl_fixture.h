@@ -63,29 +63,24 @@ inline void readJson(const std::string& text, size_t& i,
     const auto expect = [&](bool ok) {
         if (!ok) throw std::invalid_argument("not JSON at " + std::to_string(i) + ": " + text);
     };
+    const auto next = [&](char c) { return i < text.size() && text[i] == c; };
     expect(i < text.size());
-    if (text[i] == '"') {
-        for (++i; (expect(i < text.size()), text[i] != '"'); ++i) {
+    if (next('"')) {
+        for (++i; expect(i < text.size()), text[i] != '"'; ++i) {
             expect(static_cast<unsigned char>(text[i]) >= 0x20);
             if (text[i] == '\\') expect(++i < text.size() && std::strchr("\"\\/bfnrtu", text[i]));
         }
         ++i;
-    } else if (text[i] == '{' || text[i] == '[') {
-        const char close = text[i] == '{' ? '}' : ']';
-        for (++i; (expect(i < text.size()), text[i] != close);) {
+    } else if (next('{') || next('[')) {
+        const char close = text[i++] == '{' ? '}' : ']';
+        for (bool first = true; !next(close); first = false) {
+            expect(first || (next(',') && ++i));
             const size_t key = i;
-            if (close == '}') {
-                expect(text[i] == '"');
-                readJson(text, i);
-                expect(i < text.size() && text[i++] == ':');
-            }
+            if (close == '}') expect(next('"') && (readJson(text, i), next(':')) && ++i);
             const size_t value = i;
             readJson(text, i);
-            if (close == '}' && fields) {
+            if (close == '}' && fields)
                 (*fields)[text.substr(key + 1, value - key - 3)] = text.substr(value, i - value);
-            }
-            expect(i < text.size() && (text[i] == ',' || text[i] == close));
-            if (text[i] == ',') expect(++i < text.size() && text[i] != close);
         }
         ++i;
     } else {
