@@ -135,6 +135,13 @@ TEST_F(QelctlTest, AnswersAScriptTests) {
         EXPECT_THAT(r.out, HasSubstr(out));
         EXPECT_EQ(err, r.err);
     }
+    // The wrapper answers 0 even when its rule control fails; notify does not.
+    using ::aidl::vendor::quarn::hardware::drel::DrelService;
+    service->setFaultPlan(DrelService::FaultPlan{1, 100, DrelService::kException});
+    const QelctlRun failed = run({"notify", "130", "0"});
+    EXPECT_EQ(1, failed.status);
+    EXPECT_EQ("qelctl: notify: the rule control failed (exception -5, transaction error 0)\n",
+              failed.err);
 }
 
 TEST(QelctlBinary, TheDemoExitsZero) {

@@ -26,8 +26,9 @@ public:
         std::string failure;
     };
 
-    RuleControlWatch() {
+    RuleControlWatch() : previous_(BpDrel::logFunc) {
         BpDrel::logFunc = [this](const BpDrel::TransactionLog& log) {
+            if (previous_) previous_(log);
             if (log.method_name != "ruleCtl") return;
             Sent sent;
             for (const auto& [name, value] : log.input_args) {
@@ -43,11 +44,14 @@ public:
             this->sent.push_back(std::move(sent));
         };
     }
-    ~RuleControlWatch() { BpDrel::logFunc = nullptr; }
+    ~RuleControlWatch() { BpDrel::logFunc = previous_; }
     RuleControlWatch(const RuleControlWatch&) = delete;
     RuleControlWatch& operator=(const RuleControlWatch&) = delete;
 
     std::vector<Sent> sent;
+
+private:
+    const std::function<void(const BpDrel::TransactionLog&)> previous_;
 };
 
 constexpr const char* kEventPrefix = "PRAXEL_";
