@@ -80,6 +80,7 @@ TEST_F(QelctlTest, AnswersAScriptTests) {
         int status;
         std::string out;
         std::string err = "";
+        std::string script = "";  // stdin, for "script -"
     };
     const Case cases[] = {
             {{"actions", "ZZZZ"}, 1, "", "qelctl: actions: no action name holds 'ZZZZ'\n"},
@@ -87,17 +88,60 @@ TEST_F(QelctlTest, AnswersAScriptTests) {
             // A new service has no history: an empty list, not a failure.
             {{"history"}, 0, "history: 0 entries\n"},
             {{"--json", "history"}, 0, R"({"command":"history","ok":true,"entries":[],"text":""})"},
+            {{"script", "-"},
+             0,
+             "history: 1 entry\n  handle:1 type:8 timeout:0 pkg:none identity:none "
+             "res:0x00000001=1\n",
+             "",
+             "acquire 1\nhistory\n"},
             {{"build", "targetload", "100,-1,300"}, 0, "no resources"},
+            // Bytes that are not UTF-8 never reach the JSON.
+            {{"--json", "build", "targetload", "85,\xff,95"},
+             0,
+             R"({"command":"build","ok":true,"builder":"targetload","text":"85,\ufffd,95",)"
+             R"("resources":[{"opcode":"0x010108a0","id":16844960,"value":"85"},)"
+             R"({"opcode":"0x010108b0","id":16844976,"value":"\ufffd"},)"
+             R"({"opcode":"0x010108c0","id":16844992,"value":"95"}]})"
+             "\n"},
+            // The wrapper answers 0 whether it sent a rule control or not; qelctl says which.
+            {{"notify", "999", "1", "--text", "85"},
+             0,
+             "notified src 999 type 1 param 0 text \"85\"\n"
+             "  nothing sent: the wrapper makes no rule control of this scenario\n"},
+            {{"--json", "notify", "130", "1", "--text", "85"},
+             0,
+             R"({"command":"notify","ok":true,"src":130,"type":1,"param":0,"text":"85",)"
+             R"("resources":[{"opcode":"0x010108a0","id":16844960,"value":"85"}],)"
+             R"("sent":{"rule":130,"status":1,"answer":0}})"
+             "\n"},
+            {{"notify", "9", "1"},
+             0,
+             "  sent rule control 9 with status 1\n  the service answered 0\n"},
+            {{"acquire", "99999"},
+             0,
+             "acquired command 99999: handle ",
+             "qelctl: warning: command id 99999 names no action in the catalogue (0 to 198, or "
+             "-2 and -3 for resources); sent as it is\n"},
             {{"--help"}, 0, "0 (the default) or a negative\n      duration means held until"},
+            {{"help"}, 0, "the service's affair. Texts\nsent to the service must be valid UTF-8."},
+            {{"help", "prop"}, 0, "prop get\n      cannot tell it from a property set to an empty"},
+            {{"build", "--help"}, 0, "groupmigrate:A-B (decimal, A greater than B)"},
             {{"thermal", "--help"}, 0, "answers how many thermal listeners the levels reached"},
     };
-    for (const auto& [args, status, out, err] : cases) {
+    for (const auto& [args, status, out, err, script] : cases) {
         SCOPED_TRACE(args.back());
-        QelctlRun r = run(args);
+        QelctlRun r = run(args, script);
         EXPECT_EQ(status, r.status);
         EXPECT_THAT(r.out, HasSubstr(out));
         EXPECT_EQ(err, r.err);
     }
+    // The wrapper answers 0 even when its rule control fails; notify does not.
+    using ::aidl::vendor::quarn::hardware::drel::DrelService;
+    service->setFaultPlan(DrelService::FaultPlan{1, 100, DrelService::kException});
+    const QelctlRun failed = run({"notify", "130", "0"});
+    EXPECT_EQ(1, failed.status);
+    EXPECT_EQ("qelctl: notify: the rule control failed (exception -5, transaction error 0)\n",
+              failed.err);
 }
 
 TEST(QelctlBinary, TheDemoExitsZero) {

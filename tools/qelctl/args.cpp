@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <climits>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 
 #include "qelctl_internal.h"
@@ -87,6 +88,11 @@ ParsedArgs parseArgs(const std::vector<std::string>& args, const std::vector<Opt
         if (spec->takesValue) {
             if (inlineValue) {
                 value = *inlineValue;
+            } else if (i + 1 < args.size() && args[i + 1].rfind("--", 0) == 0) {
+                // More likely a forgotten value than a value: say so rather than take the next
+                // option as the value and report a stray argument after it.
+                throw UsageError("option " + name + " needs a value, not the option '" +
+                                 args[i + 1] + "' (write " + name + "=VALUE for such a value)");
             } else if (i + 1 < args.size()) {
                 value = args[++i];
             } else {
@@ -134,7 +140,17 @@ QelClient::Resource parseResource(const std::string& text) {
     QelClient::Resource resource;
     resource.resId = parseOpcode(text.substr(0, equals));
     resource.resValue = text.substr(equals + 1);
+    checkUtf8(*resource.resValue, "the value of --res " + hexOpcode(resource.resId));
     return resource;
+}
+
+void checkUtf8(const std::string& text, const std::string& what) {
+    if (const std::optional<size_t> bad = firstInvalidUtf8(text)) {
+        char byte[8];
+        std::snprintf(byte, sizeof(byte), "0x%02x", static_cast<unsigned char>(text[*bad]));
+        throw UsageError(what + " is not valid UTF-8 (byte " + byte + " at offset " +
+                         std::to_string(*bad) + "); the service takes UTF-8 text only");
+    }
 }
 
 std::vector<std::string> splitLine(const std::string& line) {

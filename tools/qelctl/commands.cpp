@@ -73,11 +73,23 @@ Action parseAcquire(const ParsedArgs& args) {
     }
     const std::string pkg = args.value("--pkg").value_or("");
     const std::string identity = args.value("--identity").value_or("");
+    checkUtf8(pkg, "--pkg");
+    checkUtf8(identity, "--identity");
     const int32_t duration =
             args.has("--duration") ? parseInt32(*args.value("--duration"), "duration") : 0;
     const Resources resources = parseResources(args);
+    // -2 and -3 are the resource kinds of the flat API; any other id outside the catalogue is
+    // sent as it is, and what the service makes of it is its own affair.
+    const bool unknownId = !action && cmdId != -2 && cmdId != -3 &&
+                           (cmdId < 0 || static_cast<size_t>(cmdId) >= catalogueSize());
 
     return [=](Session& session) {
+        if (unknownId) {
+            session.out().error("warning: command id " + std::to_string(cmdId) +
+                                " names no action in the catalogue (0 to " +
+                                std::to_string(catalogueSize() - 1) +
+                                ", or -2 and -3 for resources); sent as it is");
+        }
         // The wrapper is how callers acquire by name; it takes no extra resources.
         const int handle = action && resources.empty()
                                    ? acquireActionByWrapper(*action, pkg, identity, duration)
@@ -149,6 +161,7 @@ Action parseState(const ParsedArgs& args) {
     expectPositionals(args, 1, SIZE_MAX, byPath ? "PATH" : "OPCODE");
     if (byPath) {
         const std::vector<std::string> paths = args.positionals;
+        for (const std::string& path : paths) checkUtf8(path, "PATH");
         return [=](Session& session) {
             std::vector<std::string> states;
             const int size = drelHalclient::drel_res_state_request_by_path(paths, {}, 0, states);
@@ -298,6 +311,7 @@ Action parseProperty(const ParsedArgs& args) {
     if (verb == "get") {
         expectPositionals(args, 2, 2, "NAME");
         const std::string name = args.positionals[1];
+        checkUtf8(name, "the property NAME");
         return [=](Session& session) {
             char* buffer = drelHalclient::drelPropertyGet(name);
             const std::string value = buffer;
@@ -311,6 +325,8 @@ Action parseProperty(const ParsedArgs& args) {
         const std::string name = args.positionals[1];
         const std::string value = args.positionals[2];
         if (name.empty()) throw UsageError("empty property name");
+        checkUtf8(name, "the property NAME");
+        checkUtf8(value, "the property VALUE");
         if (value.size() > kMaxPropertyValue) {
             throw UsageError(
                     "property values are at most 255 bytes (prop get could not read "
@@ -440,6 +456,7 @@ Action parseListen(const ParsedArgs& args) {
     const std::optional<double> forSeconds = forOption(args);
     if (byPath) {
         const std::vector<std::string> paths = args.positionals;
+        for (const std::string& path : paths) checkUtf8(path, "PATH");
         return [=](Session& session) {
             auto printer = std::make_shared<PathReportPrinter>(session.sharedOut(), session.json);
             const int handle =
@@ -501,6 +518,7 @@ Action parseThermal(const ParsedArgs& args) {
             // The class API sends ids and levels only in pairs: a non-zero id with a level.
             if (level.resId == 0) throw UsageError("thermal id 0 cannot carry a level");
             if (level.resValue->empty()) throw UsageError("empty level in '" + text + "'");
+            checkUtf8(*level.resValue, "the level of thermal id " + std::to_string(level.resId));
             levels.push_back(level);
         }
         return [=](Session& session) {
@@ -569,7 +587,8 @@ void addCoreCommands(std::vector<CommandSpec>& table) {
                      "Acquires an action by name (ACTION_COLD_LAUNCH; `actions` lists them) or a\n"
                      "command id, for --duration milliseconds; 0 (the default) or a negative\n"
                      "duration means held until released.\n"
-                     "Ids -2 and -3 acquire just the --res resources (resource, platform kinds).\n"
+                     "Ids -2 and -3 acquire just the --res resources (resource, platform kinds);\n"
+                     "any other id outside the catalogue is sent as it is, with a warning.\n"
                      "Prints the handle.",
                      true,
                      true,
@@ -601,7 +620,11 @@ void addCoreCommands(std::vector<CommandSpec>& table) {
                      {path}});
     table.push_back({"history",
                      "history",
-                     "Prints the service's recent requests.",
+                     "Prints the service's recent requests. The flat API returns them as one\n"
+                     "text, start:ENTRY;ENTRY;...;end, and each ENTRY is free text in the\n"
+                     "service's own format, which a client cannot rely on; so --json gives\n"
+                     "\"entries\", the entries' texts in order, and \"text\", the whole reply as\n"
+                     "it came, rather than fields (an entry holding ';' would be cut in two).",
                      true,
                      true,
                      parseHistory,
@@ -625,7 +648,9 @@ void addCoreCommands(std::vector<CommandSpec>& table) {
                      {}});
     table.push_back({"prop",
                      "prop get NAME | prop set NAME VALUE",
-                     "Reads or writes a service property.",
+                     "Reads or writes a service property; VALUE is free text. The service\n"
+                     "answers a property it does not hold with an empty text, so prop get\n"
+                     "cannot tell it from a property set to an empty value.",
                      true,
                      true,
                      parseProperty,

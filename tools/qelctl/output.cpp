@@ -6,9 +6,59 @@
 
 namespace qelctl {
 
+size_t utf8SequenceAt(const std::string& text, size_t i) {
+    const auto byte = [&](size_t at) {
+        return at < text.size() ? static_cast<unsigned char>(text[at]) : 0u;
+    };
+    const unsigned lead = byte(i);
+    if (lead < 0x80) return 1;
+    size_t length = 0;
+    unsigned low = 0x80, high = 0xbf;  // the range of the second byte
+    if (lead >= 0xc2 && lead <= 0xdf) {
+        length = 2;
+    } else if (lead >= 0xe0 && lead <= 0xef) {
+        length = 3;
+        if (lead == 0xe0) low = 0xa0;   // no overlong forms
+        if (lead == 0xed) high = 0x9f;  // no surrogates
+    } else if (lead >= 0xf0 && lead <= 0xf4) {
+        length = 4;
+        if (lead == 0xf0) low = 0x90;
+        if (lead == 0xf4) high = 0x8f;  // nothing above U+10FFFF
+    } else {
+        return 0;
+    }
+    if (byte(i + 1) < low || byte(i + 1) > high) return 0;
+    for (size_t k = 2; k < length; ++k) {
+        if (byte(i + k) < 0x80 || byte(i + k) > 0xbf) return 0;
+    }
+    return length;
+}
+
+std::optional<size_t> firstInvalidUtf8(const std::string& text) {
+    for (size_t i = 0; i < text.size();) {
+        const size_t length = utf8SequenceAt(text, i);
+        if (length == 0) return i;
+        i += length;
+    }
+    return std::nullopt;
+}
+
 std::string jsonString(const std::string& text) {
     std::string quoted = "\"";
-    for (const char c : text) {
+    for (size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (static_cast<unsigned char>(c) >= 0x80) {
+            // JSON is UTF-8: a byte that starts no valid sequence becomes U+FFFD, as a decoder
+            // that replaces errors shows it.
+            const size_t length = utf8SequenceAt(text, i);
+            if (length == 0) {
+                quoted += "\\ufffd";
+            } else {
+                quoted.append(text, i, length);
+                i += length - 1;
+            }
+            continue;
+        }
         switch (c) {
             case '"':
                 quoted += "\\\"";

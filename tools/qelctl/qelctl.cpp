@@ -3,6 +3,8 @@
 #include "qelctl.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -11,8 +13,8 @@
 namespace qelctl {
 namespace {
 
-// What a usage error prints on stderr under --json, after its text: a script reading JSON sees
-// the failure and its exit status too.
+// What a usage error prints on stderr under --json, instead of its text: a script reading JSON
+// sees the failure and its exit status too, and nothing else.
 std::string usageJson(const std::string& message) {
     return JsonObject().boolean("ok", false).str("error", message).num("exit", kExitUsage).text();
 }
@@ -24,10 +26,15 @@ Action parseScript(const ParsedArgs& args) {
     const std::string source = args.positionals[0];
     std::shared_ptr<std::vector<std::string>> fileLines;
     if (source != "-") {
+        errno = 0;
         std::ifstream file(source);
-        if (!file) throw UsageError("cannot read script '" + source + "'");
         fileLines = std::make_shared<std::vector<std::string>>();
-        for (std::string line; std::getline(file, line);) fileLines->push_back(line);
+        for (std::string line; file && std::getline(file, line);) fileLines->push_back(line);
+        // Opening a directory succeeds; reading it is what fails (EISDIR).
+        if (!file.is_open() || file.bad()) {
+            throw UsageError("cannot read script '" + source +
+                             "': " + (errno != 0 ? std::strerror(errno) : "read error"));
+        }
     }
     return [=](Session& session) {
         // --json given to the script applies to every line.
@@ -49,8 +56,11 @@ Action parseScript(const ParsedArgs& args) {
             } catch (const UsageError& e) {
                 const std::string message =
                         "script line " + std::to_string(i + 1) + ": " + e.what();
-                session.out().error(message);
-                if (json) session.out().error(usageJson(message), false);
+                if (json) {
+                    session.out().error(usageJson(message), false);
+                } else {
+                    session.out().error(message);
+                }
                 return kExitUsage;
             }
         }
@@ -137,12 +147,18 @@ std::string fullUsage() {
             "               usage error also prints {\"ok\":false,\"error\":...,\"exit\":2}\n"
             "               on stderr\n"
             "  --embedded   run the example service inside this process (on a host)\n"
-            "  --help, -h   this text; COMMAND --help describes one command\n"
+            "  --help, -h   this text (also: qelctl help); COMMAND --help or\n"
+            "               qelctl help COMMAND describes one command\n"
             "\n"
             "commands:\n";
     for (const CommandSpec& spec : commandTable()) text += usageOf(spec);
     text += "\n"
-            "Numbers are decimal or 0x-hex; opcodes go up to 0xffffffff.\n"
+            "Numbers (ids, opcodes, handles, durations) are decimal or 0x-hex; opcodes go up\n"
+            "to 0xffffffff. A VALUE (after OPCODE=, a LEVEL, a property VALUE, a TEXT) is free\n"
+            "text, sent as written and never read as a number here: =0x10 sends the text\n"
+            "\"0x10\", = sends an empty text; what it means is the service's affair. Texts\n"
+            "sent to the service must be valid UTF-8. An option's value may not start with\n"
+            "--, except as --OPTION=VALUE.\n"
             "Exit status: 0 success, 1 the service answered a failure or is not available,\n"
             "2 usage error (arguments are checked before the service is reached).\n";
     return text;
@@ -198,6 +214,17 @@ int runQelctl(const std::vector<std::string>& args, std::ostream& out, std::ostr
             throw UsageError("missing command");
         }
         const std::vector<std::string> words(args.begin() + first, args.end());
+        if (words[0] == "help") {
+            if (words.size() == 1) {
+                out << fullUsage();
+                return kExitOk;
+            }
+            const CommandSpec* spec = words.size() == 2 ? findCommand(words[1]) : nullptr;
+            if (spec == nullptr)
+                throw UsageError("help takes one command name, not '" + words[1] + "'");
+            out << "usage:\n" << usageOf(*spec);
+            return kExitOk;
+        }
         const CommandSpec* spec = findCommand(words[0]);
         if (spec == nullptr) throw UsageError("unknown command '" + words[0] + "'");
         const ParsedArgs parsed =
@@ -207,15 +234,19 @@ int runQelctl(const std::vector<std::string>& args, std::ostream& out, std::ostr
             return kExitOk;
         }
         if (parsed.has("--embedded")) session.embeddedRequested = true;
-        Prepared prepared{spec, spec->parse(parsed), json || parsed.has("--json"),
-                          nameOf(*spec, parsed)};
+        json = json || parsed.has("--json");
+        if (json && spec->name == "demo") {
+            throw UsageError("demo prints a narrated text only; run it without --json");
+        }
+        Prepared prepared{spec, spec->parse(parsed), json, nameOf(*spec, parsed)};
         const int status = runPrepared(session, prepared);
         session.finish();
         return status;
     } catch (const UsageError& e) {
-        err << "qelctl: " << e.what() << "\nTry 'qelctl --help'.\n";
         if (std::find(args.begin(), args.end(), "--json") != args.end()) {
             err << usageJson(e.what()) << "\n";
+        } else {
+            err << "qelctl: " << e.what() << "\nTry 'qelctl --help'.\n";
         }
         return kExitUsage;
     } catch (const std::exception& e) {

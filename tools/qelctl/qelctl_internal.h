@@ -61,8 +61,11 @@ int32_t parseInt32(const std::string& text, const std::string& what);
 int32_t parseOpcode(const std::string& text);
 // Seconds, fractions allowed, not negative.
 double parseSeconds(const std::string& text, const std::string& what);
-// OPCODE=VALUE; the value may be empty.
+// OPCODE=VALUE; the value is free text, passed as it is (empty allowed), and must be UTF-8.
 QelClient::Resource parseResource(const std::string& text);
+// Texts sent to the service travel as UTF-16, so they must be valid UTF-8; `what` names the
+// argument in the message.
+void checkUtf8(const std::string& text, const std::string& what);
 
 // Cuts a script line into words: blanks separate, '...' and "..." group (\" and \\ inside double
 // quotes), a # starting a word begins a comment.
@@ -70,6 +73,11 @@ std::vector<std::string> splitLine(const std::string& line);
 
 // ---- output ----
 
+// The length of the valid UTF-8 sequence at text[i], or 0 when none starts there.
+size_t utf8SequenceAt(const std::string& text, size_t i);
+// The offset of the first byte that is not part of valid UTF-8.
+std::optional<size_t> firstInvalidUtf8(const std::string& text);
+// A JSON string; bytes that are not valid UTF-8 become U+FFFD, so every output line is UTF-8.
 std::string jsonString(const std::string& text);
 std::string jsonArray(const std::vector<std::string>& rawItems);
 
@@ -206,6 +214,8 @@ const CommandSpec* findCommand(const std::string& name);
 
 // The first position of an action name in the catalogue ("PRAXEL_" prefix optional).
 std::optional<int> findAction(const std::string& name);
+// How many actions the catalogue holds: command ids 0 to catalogueSize() - 1 name one.
+size_t catalogueSize();
 // Acquires a named action through the wrapper entry point; the service's handle or -1.
 int acquireActionByWrapper(const std::string& name, const std::string& pkg,
                            const std::string& identity, int duration);

@@ -1,13 +1,58 @@
 // The commands over the action wrapper: notify, actions, build; and the action look-up that
 // acquire uses.
 
+#include <aidl/vendor/quarn/hardware/drel/BpDrel.h>
+
+#include <cstdlib>
+
 #include "QelWrapper.h"
 #include "qelctl_internal.h"
 
 namespace qelctl {
 namespace {
 
+using ::aidl::vendor::quarn::hardware::drel::BpDrel;
 using Resources = std::vector<QelClient::Resource>;
+
+// The rule controls this process sends while it lives, as the proxy's transaction log sees
+// them: the wrapper reports nothing back (it answers 0 whether it sent one or not), so this is
+// how qelctl learns what a notify did. Commands run one at a time on one thread, which is the
+// only one that calls the service's proxy meanwhile.
+class RuleControlWatch {
+public:
+    struct Sent {
+        std::string rule, status;
+        std::optional<std::string> answer;  // absent when the call failed
+        std::string failure;
+    };
+
+    RuleControlWatch() : previous_(BpDrel::logFunc) {
+        BpDrel::logFunc = [this](const BpDrel::TransactionLog& log) {
+            if (previous_) previous_(log);
+            if (log.method_name != "ruleCtl") return;
+            Sent sent;
+            for (const auto& [name, value] : log.input_args) {
+                if (name == "in_ruleId") sent.rule = value;
+                if (name == "in_status") sent.status = value;
+            }
+            if (log.exception_code == 0 && log.transaction_error == 0) {
+                sent.answer = log.result;
+            } else {
+                sent.failure = "exception " + std::to_string(log.exception_code) +
+                               ", transaction error " + std::to_string(log.transaction_error);
+            }
+            this->sent.push_back(std::move(sent));
+        };
+    }
+    ~RuleControlWatch() { BpDrel::logFunc = previous_; }
+    RuleControlWatch(const RuleControlWatch&) = delete;
+    RuleControlWatch& operator=(const RuleControlWatch&) = delete;
+
+    std::vector<Sent> sent;
+
+private:
+    const std::function<void(const BpDrel::TransactionLog&)> previous_;
+};
 
 constexpr const char* kEventPrefix = "PRAXEL_";
 
@@ -39,9 +84,15 @@ Action parseNotify(const ParsedArgs& args) {
     const int32_t param = args.has("--param") ? parseInt32(*args.value("--param"), "param") : 0;
     const std::string text = args.value("--text").value_or("");
     const std::string name = args.value("--name").value_or("qelctl");
+    checkUtf8(text, "--text");
+    checkUtf8(name, "--name");
     return [=](Session& session) {
-        // The wrapper reports nothing back: it answers 0 whatever the rule control said.
-        QelNotifyWapper(name, src, type, param, 0, 0, text);
+        std::vector<RuleControlWatch::Sent> sent;
+        {
+            RuleControlWatch watch;
+            QelNotifyWapper(name, src, type, param, 0, 0, text);
+            sent = std::move(watch.sent);
+        }
         const std::optional<Resources> built = resourcesOfScenario(src, type, param, text);
         JsonObject fields;
         fields.num("src", src).num("type", type).num("param", param).str("text", text);
@@ -49,11 +100,32 @@ Action parseNotify(const ParsedArgs& args) {
         std::vector<std::string> lines = {"notified src " + std::to_string(src) + " type " +
                                           std::to_string(type) + " param " + std::to_string(param) +
                                           (text.empty() ? "" : " text \"" + text + "\"")};
+        if (sent.empty()) {
+            lines.push_back("  nothing sent: the wrapper makes no rule control of this scenario");
+            fields.null("sent");
+            return session.ok("notify", lines, fields);
+        }
+        // The wrapper makes at most one rule control per scenario.
+        const RuleControlWatch::Sent& rule = sent.front();
+        JsonObject what;
+        what.num("rule", std::atoll(rule.rule.c_str()))
+                .num("status", std::atoll(rule.status.c_str()));
+        std::string line = "  sent rule control " + rule.rule + " with status " + rule.status;
+        if (built) line += built->empty() ? " and no resources" : " and the resources:";
+        lines.push_back(line);
         if (built) {
-            lines.push_back(built->empty() ? "  the text made no resources"
-                                           : "  resources made from it:");
             for (const auto& resource : *built) lines.push_back("    " + resourceText(resource));
         }
+        if (!rule.answer) {
+            fields.raw("sent", what.str("failure", rule.failure).text());
+            return session.fail("notify", "the rule control failed (" + rule.failure + ")", fields);
+        }
+        const long long answer = std::atoll(rule.answer->c_str());
+        fields.raw("sent", what.num("answer", answer).text());
+        if (answer < 0) {
+            return session.fail("notify", "the rule control was answered " + *rule.answer, fields);
+        }
+        lines.push_back("  the service answered " + *rule.answer);
         return session.ok("notify", lines, fields);
     };
 }
@@ -134,6 +206,10 @@ std::optional<int> findAction(const std::string& name) {
     return std::nullopt;
 }
 
+size_t catalogueSize() {
+    return gActionList.size();
+}
+
 int acquireActionByWrapper(const std::string& name, const std::string& pkg,
                            const std::string& identity, int duration) {
     return QelEventAcquireWrapper(kEventPrefix + name, pkg, identity, duration);
@@ -143,8 +219,12 @@ void addWrapperCommands(std::vector<CommandSpec>& table) {
     table.push_back({"notify",
                      "notify SRC TYPE [--param N] [--text TEXT] [--name NAME]",
                      "Reports a scenario through the wrapper, which turns it into at most one\n"
-                     "rule control; for the scenarios that carry a text (130 target load, 131\n"
-                     "colocation, 9000 game adaptive, 14 game upgrade) prints the resources made.",
+                     "rule control, and prints the rule control it sent with the service's\n"
+                     "answer, or that it sent nothing (unknown SRC or TYPE; an empty TEXT for\n"
+                     "130, 131 and 9000). For the scenarios that carry a TEXT (130 target load,\n"
+                     "131 colocation, 9000 game adaptive, 14 game upgrade; see build --help for\n"
+                     "their formats) it prints the resources made. Exits 1 when the rule control\n"
+                     "failed, although the wrapper itself always answers 0.",
                      true,
                      true,
                      parseNotify,
@@ -159,7 +239,20 @@ void addWrapperCommands(std::vector<CommandSpec>& table) {
                      {}});
     table.push_back({"build",
                      "build targetload|colocation|gameadp|gameupgrade TEXT [--level N]",
-                     "Prints the resources a scenario builder makes from TEXT (no service).",
+                     "Prints the resources a scenario builder makes from TEXT (no service).\n"
+                     "Each value is passed on as text, as the builder cut it.\n"
+                     "  targetload   loads by position, separated by ',': 85,90,95 sets the\n"
+                     "               first three target loads; -1 skips a position. In a TEXT\n"
+                     "               holding any '-', each item is N-VALUE: 0-50,1-60.\n"
+                     "  colocation   KEY:VALUE items separated by ',': colocation:VALUE and\n"
+                     "               groupmigrate:A-B (decimal, A greater than B); other keys\n"
+                     "               are skipped: colocation:2,groupmigrate:6-3.\n"
+                     "  gameadp      up to four groups separated by ';' (core boost, core limit,\n"
+                     "               frequency boost, frequency limit), each one value per\n"
+                     "               cluster separated by ','; a group without ',' is skipped,\n"
+                     "               so write one value as 5,: 0,1,2,1;-1,-1,4,-1.\n"
+                     "  gameupgrade  TEXT is one value (a package name), and --level N (1 or\n"
+                     "               more) adds the upgrade level: com.example.game --level 2.",
                      false,
                      true,
                      parseBuild,
