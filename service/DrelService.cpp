@@ -13,6 +13,7 @@
 
 #include "Diagnostics.h"
 #include "FaultInjector.h"
+#include "Handles.h"
 #include "Listeners.h"
 #include "Records.h"
 #include "ResourceTable.h"
@@ -50,6 +51,7 @@ int32_t leadingInteger(const std::string& text) {
 struct DrelService::State {
     explicit State(Options options)
         : options(std::move(options)),
+          handles(this->options.firstHandle),
           records(this->options.notificationCapacity),
           diagnostics(this->options.historyCapacity) {}
 
@@ -59,17 +61,12 @@ struct DrelService::State {
                 std::chrono::steady_clock::now().time_since_epoch());
     }
 
-    // Handles count up from 1 and are shared by requests and registrations; after INT32_MAX they
-    // start again at 1, skipping any still in use.
+    // One numbering for requests and registrations.
     int32_t newHandleLocked() {
-        for (;;) {
-            int32_t handle = nextHandle;
-            nextHandle = nextHandle == INT32_MAX ? 1 : nextHandle + 1;
-            if (resources.find(handle) == nullptr && listeners.find(handle) == nullptr &&
-                listeners.findThermal(handle) == nullptr) {
-                return handle;
-            }
-        }
+        return handles.next([this](int32_t handle) {
+            return resources.find(handle) != nullptr || listeners.find(handle) != nullptr ||
+                   listeners.findThermal(handle) != nullptr;
+        });
     }
 
     // Drops every request whose deadline has passed; listeners hear of each as of a release.
@@ -106,7 +103,7 @@ struct DrelService::State {
     example::FaultInjector faults;  // locks by itself
 
     mutable std::mutex mutex;  // guards everything below
-    int32_t nextHandle = 1;
+    example::HandleCounter handles;
     example::ResourceTable resources;
     example::Listeners listeners;
     example::Records records;

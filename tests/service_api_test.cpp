@@ -55,10 +55,20 @@ protected:
     void SetUp() override {
         ABinderProcess_startThreadPool();
         hostbinder::reset();
+        startService();
+    }
+    // Registers a new instance of the service, on the test's clock.
+    void startService() {
         DrelService::Options options;
         options.clock = [this] { return std::chrono::milliseconds(clockMs.load()); };
         service = ::ndk::SharedRefBase::make<DrelService>(options);
         ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+    }
+    // The service's process dies; a new instance takes its place (both APIs reconnect to it).
+    void restartService() {
+        hostbinder::killService(kInstance);
+        hostbinder::waitIdle();
+        startService();
     }
     void TearDown() override {
         hostbinder::reset();
@@ -70,7 +80,7 @@ protected:
     std::atomic<int64_t> clockMs{5000};
 };
 
-TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins) {
+TEST_F(ServiceApiTest, HandlesCountUpNeverReusedAndTheNewestLiveHolderWins) {
     ResourceList resources = {{kGpu, "7"}}, watched = {{kCpu, ""}};
     const int handles[] = {
             QelResAcquire({{kCpu, "1000"}, {kGpu, std::nullopt}}, 0, "", 0),
@@ -79,7 +89,10 @@ TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins)
             Hal::drelSACtlRequest(0, 0, kCpu, 0, 0, 0),
             Hal::drelResCtlRequest(0, 0, resources, 0, 0, 0),
     };
-    EXPECT_THAT(handles, ElementsAre(1, 2, 3, 4, 5)) << "across requests and registrations";
+    const int first = handles[0];
+    ASSERT_GT(first, 0);
+    EXPECT_THAT(handles, ElementsAre(first, first + 1, first + 2, first + 3, first + 4))
+            << "one count across requests and registrations";
     EXPECT_EQ(-1, Hal::drelResCtlRelease(handles[2])) << "a registration is not a request";
     EXPECT_EQ("1", stateOf(kCpu)) << "a scene is held at 1";
     EXPECT_EQ("7", stateOf(kGpu));
@@ -93,7 +106,25 @@ TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins)
     EXPECT_EQ("2000", stateOf(kCpu)) << "a resource named twice holds the later value";
     QelRelease(handles[1]);
     EXPECT_EQ("0", stateOf(kCpu));
-    EXPECT_EQ(6, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
+    EXPECT_EQ(first + 5, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
+}
+
+// The handles of a service that died name nothing in the one that replaced it, though each
+// instance numbers its handles in the same order.
+TEST_F(ServiceApiTest, AHandleOfADeadInstanceIsUnknownToItsSuccessorAndEndsNothingThere) {
+    ResourceList oldIds = {{kGpu, ""}}, newIds = {{kCpu, ""}};
+    const int oldListener = Hal::drelResListeningRegister(oldIds, 0, std::make_shared<Reports>());
+    const int oldRequest = QelResAcquire({{kCpu, "5"}}, 0, "", 0);
+    restartService();
+    auto listener = std::make_shared<Reports>();
+    ASSERT_GT(Hal::drelResListeningRegister(newIds, 0, listener), 0);
+    ASSERT_GT(QelResAcquire({{kCpu, "7"}}, 0, "", 0), 0);
+    EXPECT_EQ(-1, Hal::drelResListeningUnRegister(oldListener));
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(oldRequest));
+    EXPECT_EQ("7", stateOf(kCpu)) << "the new request is held";
+    QelResAcquire({{kCpu, "9"}}, 0, "", 0);
+    EXPECT_THAT(listener->reports(), ElementsAre(ElementsAre(cpu + "=7"), ElementsAre(cpu + "=9")))
+            << "the new listener hears on";
 }
 
 TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpires) {

@@ -54,6 +54,10 @@ public:
         Clock clock;                       // empty: std::chrono::steady_clock
         size_t historyCapacity = 32;       // request history entries kept (oldest dropped)
         size_t notificationCapacity = 32;  // kind-10 notifications kept (oldest dropped)
+        // The first handle. 0 or less: a number read off the boot-time clock, so that a
+        // restarted service gives out no handle an earlier instance gave (service/README.md,
+        // Handles); a test that counts on fixed handles sets one.
+        int32_t firstHandle = 0;
     };
 
     // What ruleCtl last set for a rule.
