@@ -91,7 +91,8 @@ void Diagnostics::dump(int32_t selector, const Sources& sources) const {
         case 5:  // live scene requests
             for (const auto& [handle, request] : sources.resources.requests()) {
                 if (selector == 5 && request.kind != DrelService::kKindScene) continue;
-                std::snprintf(line, sizeof(line), "handle %d type %d holds", handle, request.kind);
+                std::snprintf(line, sizeof(line), "handle %d pid %d type %d holds", handle,
+                              static_cast<int>(request.owner), request.kind);
                 std::string text = line;
                 for (const ResourceTable::Held& h : request.held) {
                     text += ' ' + describe(h.key) + '=' + h.value;
@@ -137,7 +138,8 @@ void Diagnostics::dump(int32_t selector, const Sources& sources) const {
             break;
         case 6:  // listening registrations
             for (const auto& [handle, listener] : sources.listeners.listeners()) {
-                std::snprintf(line, sizeof(line), "listener %d:", handle);
+                std::snprintf(line, sizeof(line), "listener %d pid %d:", handle,
+                              static_cast<int>(listener.owner));
                 std::string text = line;
                 for (const Key& key : listener.keys) text += ' ' + describe(key);
                 lines.push_back(std::move(text));
@@ -145,7 +147,8 @@ void Diagnostics::dump(int32_t selector, const Sources& sources) const {
             break;
         case 7:  // thermal listening registrations
             for (const auto& [handle, listener] : sources.listeners.thermalListeners()) {
-                std::snprintf(line, sizeof(line), "thermal listener %d:", handle);
+                std::snprintf(line, sizeof(line), "thermal listener %d pid %d:", handle,
+                              static_cast<int>(listener.owner));
                 std::string text = line;
                 for (int32_t id : listener.ids) text += ' ' + std::to_string(id);
                 lines.push_back(std::move(text));

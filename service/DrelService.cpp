@@ -3,6 +3,7 @@
 
 #include "drel-service/DrelService.h"
 
+#include <android/binder_ibinder.h>
 #include <android/binder_status.h>
 #include <android/log.h>
 
@@ -46,6 +47,22 @@ int32_t leadingInteger(const std::string& text) {
     return static_cast<int32_t>(value);
 }
 
+// Whether the process `caller` may end what `handle` names, made by the process `owner` (null: the
+// handle names nothing of the kind). Only its maker may: another process is answered as for an
+// unknown handle, so that a handle a client holds by mistake ends nothing of another client's.
+bool mayEnd(const char* operation, int32_t handle, const pid_t* owner, pid_t caller) {
+    if (owner != nullptr && *owner == caller) return true;
+    if (owner == nullptr) {
+        __android_log_print(ANDROID_LOG_WARN, DrelService::kLogTag, "%s of unknown handle %d",
+                            operation, handle);
+    } else {
+        __android_log_print(ANDROID_LOG_WARN, DrelService::kLogTag,
+                            "%s of handle %d refused: pid %d did not make it", operation, handle,
+                            static_cast<int>(caller));
+    }
+    return false;
+}
+
 }  // namespace
 
 struct DrelService::State {
@@ -81,9 +98,9 @@ struct DrelService::State {
         return expired;
     }
 
-    int32_t addRequestLocked(const DrelRequestParcel& parcel, Reports& reports) {
+    int32_t addRequestLocked(const DrelRequestParcel& parcel, pid_t owner, Reports& reports) {
         const int32_t handle = newHandleLocked();
-        const example::Changes changes = resources.add(handle, parcel, now());
+        const example::Changes changes = resources.add(handle, parcel, owner, now());
         const example::ResourceTable::Request& request = *resources.find(handle);
         if (request.deadline) expiryWake.notify_all();
         diagnostics.record(handle, parcel, request.held);
@@ -140,13 +157,14 @@ DrelService::~DrelService() {
 ::ndk::ScopedAStatus DrelService::request(const DrelRequestParcel& parcel, int32_t* _aidl_return) {
     return state_->faults.run([&] {
         State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         Reports reports;
         int32_t result = -1;
         {
             std::lock_guard<std::mutex> lock(s.mutex);
             s.expireLocked(reports);
             if (holdsResources(parcel.requestType)) {
-                result = s.addRequestLocked(parcel, reports);
+                result = s.addRequestLocked(parcel, caller, reports);
             } else if (parcel.requestType == kKindDiagnostic) {
                 result = s.diagnostics.run(parcel, {s.resources, s.listeners, s.records, s.now()});
             } else if (parcel.requestType == kKindThermal) {
@@ -168,17 +186,16 @@ DrelService::~DrelService() {
 ::ndk::ScopedAStatus DrelService::release(int32_t handle, int32_t* _aidl_return) {
     return state_->faults.run([&] {
         State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         Reports reports;
         int32_t result = -1;
         {
             std::lock_guard<std::mutex> lock(s.mutex);
             s.expireLocked(reports);
-            if (s.resources.find(handle) != nullptr) {
+            const example::ResourceTable::Request* request = s.resources.find(handle);
+            if (mayEnd("release", handle, request ? &request->owner : nullptr, caller)) {
                 s.listeners.reportChanges(s.resources.drop(handle), reports);
                 result = 0;
-            } else {
-                __android_log_print(ANDROID_LOG_WARN, kLogTag, "release of unknown handle %d",
-                                    handle);
             }
         }
         s.deliver(reports);
@@ -233,6 +250,7 @@ DrelService::~DrelService() {
                                                     int32_t* _aidl_return) {
     return state_->faults.run([&] {
         State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         if (!callback) {
             *_aidl_return = -1;
             return ::ndk::ScopedAStatus::ok();
@@ -243,7 +261,7 @@ DrelService::~DrelService() {
             // Changes that were due before the registration are not reported to it.
             s.expireLocked(reports);
             *_aidl_return = s.newHandleLocked();
-            s.listeners.add(*_aidl_return, parcel.resources, callback);
+            s.listeners.add(*_aidl_return, parcel.resources, callback, caller);
         }
         s.deliver(reports);
         return ::ndk::ScopedAStatus::ok();
@@ -252,10 +270,15 @@ DrelService::~DrelService() {
 
 ::ndk::ScopedAStatus DrelService::listeningUnregister(int32_t handle, int32_t* _aidl_return) {
     return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
         std::shared_ptr<IDrelCallback> dropped;  // let go of after the mutex
         {
             std::lock_guard<std::mutex> lock(state_->mutex);
-            dropped = state_->listeners.remove(handle);
+            const example::Listeners::Listener* listener = state_->listeners.find(handle);
+            if (mayEnd("listeningUnregister", handle, listener ? &listener->owner : nullptr,
+                       caller)) {
+                dropped = state_->listeners.remove(handle);
+            }
         }
         *_aidl_return = dropped ? 0 : -1;
         return ::ndk::ScopedAStatus::ok();
@@ -283,12 +306,13 @@ DrelService::~DrelService() {
         const std::vector<int32_t>& ids, const std::shared_ptr<IDrelCallback>& callback,
         int32_t* _aidl_return) {
     return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
         std::lock_guard<std::mutex> lock(state_->mutex);
         if (!callback) {
             *_aidl_return = -1;
         } else {
             *_aidl_return = state_->newHandleLocked();
-            state_->listeners.addThermal(*_aidl_return, ids, callback);
+            state_->listeners.addThermal(*_aidl_return, ids, callback, caller);
         }
         return ::ndk::ScopedAStatus::ok();
     });
@@ -297,10 +321,16 @@ DrelService::~DrelService() {
 ::ndk::ScopedAStatus DrelService::thermalListeningUnregister(int32_t handle,
                                                              int32_t* _aidl_return) {
     return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
         std::shared_ptr<IDrelCallback> dropped;  // let go of after the mutex
         {
             std::lock_guard<std::mutex> lock(state_->mutex);
-            dropped = state_->listeners.removeThermal(handle);
+            const example::Listeners::ThermalListener* listener =
+                    state_->listeners.findThermal(handle);
+            if (mayEnd("thermalListeningUnregister", handle, listener ? &listener->owner : nullptr,
+                       caller)) {
+                dropped = state_->listeners.removeThermal(handle);
+            }
         }
         *_aidl_return = dropped ? 0 : -1;
         return ::ndk::ScopedAStatus::ok();

@@ -11,8 +11,8 @@
 namespace aidl::vendor::quarn::hardware::drel::example {
 
 void Listeners::add(int32_t handle, const std::vector<DrelRequestData>& records,
-                    std::shared_ptr<IDrelCallback> callback) {
-    Listener listener{{}, std::move(callback)};
+                    std::shared_ptr<IDrelCallback> callback, pid_t owner) {
+    Listener listener{owner, {}, std::move(callback)};
     for (const DrelRequestData& record : records) {
         std::optional<Key> key = keyOf(record);
         if (key &&
@@ -24,8 +24,8 @@ void Listeners::add(int32_t handle, const std::vector<DrelRequestData>& records,
 }
 
 void Listeners::addThermal(int32_t handle, std::vector<int32_t> ids,
-                           std::shared_ptr<IDrelCallback> callback) {
-    thermalListeners_.emplace(handle, ThermalListener{std::move(ids), std::move(callback)});
+                           std::shared_ptr<IDrelCallback> callback, pid_t owner) {
+    thermalListeners_.emplace(handle, ThermalListener{owner, std::move(ids), std::move(callback)});
 }
 
 std::shared_ptr<IDrelCallback> Listeners::remove(int32_t handle) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include <aidl/vendor/quarn/hardware/drel/IDrelCallback.h>
+#include <sys/types.h>
 
 #include <cstdint>
 #include <map>
@@ -33,20 +34,24 @@ using Reports = std::vector<Report>;
 
 class Listeners {
 public:
+    // Each registration remembers the process that made it, the only one that may end it.
     struct Listener {
+        pid_t owner;
         std::vector<Key> keys;  // in the order registered, each once
         std::shared_ptr<IDrelCallback> callback;
     };
     struct ThermalListener {
+        pid_t owner;
         std::vector<int32_t> ids;
         std::shared_ptr<IDrelCallback> callback;
     };
 
-    // Registers `callback` under `handle` for the resources the records name.
+    // Registers `callback` of the process `owner` under `handle` for the resources the records
+    // name.
     void add(int32_t handle, const std::vector<DrelRequestData>& records,
-             std::shared_ptr<IDrelCallback> callback);
+             std::shared_ptr<IDrelCallback> callback, pid_t owner);
     void addThermal(int32_t handle, std::vector<int32_t> ids,
-                    std::shared_ptr<IDrelCallback> callback);
+                    std::shared_ptr<IDrelCallback> callback, pid_t owner);
     // Ends a registration and returns its callback, for the caller to let go of once the mutex
     // has been released; null when there was none.
     std::shared_ptr<IDrelCallback> remove(int32_t handle);

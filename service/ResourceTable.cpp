@@ -45,9 +45,11 @@ std::string describe(const Key& key) {
     return text;
 }
 
-Changes ResourceTable::add(int32_t handle, const DrelRequestParcel& parcel, milliseconds now) {
+Changes ResourceTable::add(int32_t handle, const DrelRequestParcel& parcel, pid_t owner,
+                           milliseconds now) {
     Request request;
     request.kind = parcel.requestType;
+    request.owner = owner;
     request.sequence = nextSequence_++;
     for (const DrelRequestData& record : parcel.resources) {
         std::optional<Key> key = keyOf(record);

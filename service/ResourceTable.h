@@ -6,6 +6,7 @@
 
 #include <aidl/vendor/quarn/hardware/drel/DrelRequestData.h>
 #include <aidl/vendor/quarn/hardware/drel/DrelRequestParcel.h>
+#include <sys/types.h>
 
 #include <chrono>
 #include <cstddef>
@@ -47,6 +48,7 @@ public:
     };
     struct Request {
         int32_t kind = 0;
+        pid_t owner = 0;        // the process that made it, the only one that may release it
         uint64_t sequence = 0;  // order of arrival; never wraps, unlike handles
         std::vector<Held> held;
         std::optional<milliseconds> deadline;
@@ -61,9 +63,9 @@ public:
     // Pending expiries, soonest first.
     using Deadlines = std::set<std::pair<milliseconds, int32_t>>;
 
-    // Holds the resources `parcel` names under `handle`, from `now` until it is dropped or its
-    // timeout (if any) has passed; returns what that changed.
-    Changes add(int32_t handle, const DrelRequestParcel& parcel, milliseconds now);
+    // Holds the resources `parcel` names under `handle` for the process `owner`, from `now` until
+    // it is dropped or its timeout (if any) has passed; returns what that changed.
+    Changes add(int32_t handle, const DrelRequestParcel& parcel, pid_t owner, milliseconds now);
     // Drops a live request; returns what that changed (nothing for a handle that is none).
     Changes drop(int32_t handle);
     // The live request whose deadline passed first, if one has by `now`.

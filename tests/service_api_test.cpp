@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -16,6 +17,7 @@ namespace qel_test {
 namespace {
 
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
+using ::testing::Each;
 using ::testing::ElementsAre;
 using Report = std::vector<std::string>;
 
@@ -138,6 +140,35 @@ TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpire
     clockMs += 24 * 3600 * 1000;
     EXPECT_EQ("300", stateOf(kGpu));
     EXPECT_EQ(1u, service->liveRequestCount());
+}
+
+// Only the process that made a request or registration can end it; another's attempt answers as
+// for an unknown handle and leaves it in place for its maker.
+TEST_F(ServiceApiTest, OnlyTheProcessThatMadeARequestOrRegistrationCanEndIt) {
+    const pid_t self = 0, other = getpid() + 1;  // 0: this process's own pid
+    // Who makes them, who ends them, and what ending answers.
+    const std::tuple<pid_t, pid_t, int> rows[] = {
+            {self, other, -1}, {other, self, -1}, {other, other, 0}};
+    for (const auto& [maker, ender, answer] : rows) {
+        ResourceList ids = {{kGpu, ""}};
+        auto listener = std::make_shared<Reports>();
+        hostbinder::setCallingPid(maker);
+        const int request = QelResAcquire({{kCpu, "5"}}, 0, "", 0);
+        const int registration = Hal::drelResListeningRegister(ids, 0, listener);
+        const int thermal = Hal::drelThermalListeningRegister({1}, listener);
+        const auto endAll = [&](pid_t pid) {
+            hostbinder::setCallingPid(pid);
+            return std::vector<int>{Hal::drelResCtlRelease(request),
+                                    Hal::drelResListeningUnRegister(registration),
+                                    Hal::drelThermalListeningUnregister(thermal)};
+        };
+        EXPECT_THAT(endAll(ender), Each(answer)) << maker << " made, " << ender << " ended";
+        if (answer != 0) {
+            EXPECT_THAT(endAll(maker), Each(0)) << "left in place for its maker";
+        }
+        hostbinder::setCallingPid(self);
+        EXPECT_EQ(0u, service->liveRequestCount());
+    }
 }
 
 TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingNumber) {
