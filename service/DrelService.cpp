@@ -107,7 +107,8 @@ struct DrelService::State {
         if (parcel.callback) {
             // The one-shot callback hears once what the request now holds, and is not kept.
             example::Report applied{parcel.callback, {}, 0, false};
-            for (const auto& h : request.held) applied.data.push_back(recordOf(h.key, h.value));
+            for (const auto& h : request.held)
+                applied.data.push_back(example::recordOf(h.key, h.value));
             reports.push_back(std::move(applied));
         }
         listeners.reportChanges(changes, reports);
@@ -217,7 +218,8 @@ DrelService::~DrelService() {
                 case kKindState:
                     for (const DrelRequestData& record : parcel.resources) {
                         std::optional<example::Key> key = example::keyOf(record);
-                        if (key) reply.push_back(recordOf(*key, s.resources.valueOf(*key)));
+                        if (key)
+                            reply.push_back(example::recordOf(*key, s.resources.valueOf(*key)));
                     }
                     break;
                 case kKindHistory:

@@ -11,6 +11,12 @@
 // thermal listeners) are always called after that mutex has been released, so a callback may call
 // back into the service.
 //
+// Handles and owners: each instance numbers its handles from the boot-time clock, so that a
+// handle of an instance that died names nothing in the next one (Options::firstHandle fixes the
+// first handle for tests), and only the process that made a request or registration
+// (AIBinder_getCallingPid() in the call) may end it: another process is answered -1, as for an
+// unknown handle.
+//
 // Time: timeouts are in milliseconds on the clock given in Options (a monotonic clock by
 // default). Expired requests are dropped at the start of every IDrel operation that reads or
 // changes resource state, by expireDue(), and by the expiry thread once startExpiryThread() has
