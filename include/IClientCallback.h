@@ -10,6 +10,12 @@
 // call returns. Implementations must therefore be thread-safe, must not wait for another thread
 // of theirs that is calling the library, and may call back into the library: halclient.h says
 // what such a call does from inside a call in progress.
+//
+// A listening registration's callback hears nothing more once the service restarts: the new
+// service does not know the registration, and the caller registers again (halclient.h says how).
+// A report already on its way may still arrive just after the unregistration has returned, and a
+// registration whose reply was lost (the caller got -1) is reported all the same, with no handle
+// to end it: onCallback must cope with reports it no longer expects.
 #pragma once
 
 #include <list>

@@ -19,6 +19,19 @@
 // ABinderProcess_joinThreadPool); a process without one hears no such reports, and the service's
 // reporting thread waits on it.
 //
+// Listening across service restarts. A registration (listening or thermal listening) lives in the
+// service and does not survive a restart: the new service does not know it and reports nothing to
+// it, and the library reconnects without registering again or telling the caller. To go on
+// listening, unregister the old handle (the new service answers -1, and drelResListeningUnRegister
+// drops the registration from the library all the same) and register again. Three more cases a
+// caller sees:
+// - an unregistration that answers -1 because the service was down may leave the registration in
+//   place, and the same id or path list is then refused ("Same callback interface registered
+//   already") until an unregistration of it succeeds: call it again once the service is back;
+// - a registration whose reply was lost (-1, yet the service made it) keeps being reported to its
+//   callback, with no handle to end it;
+// - a report already on its way may still arrive just after an unregistration has returned.
+//
 // Calls from inside a callback. A report the service sends from a thread of its own reaches the
 // callback on a binder thread, with no library lock held: any operation may be called from it. A
 // report the service sends while it handles a synchronous call of this process (the current value
@@ -89,10 +102,11 @@ public:
     static int drelSACtlRelease(int handle);
 
     // Registers callback for changes of resources; the registration handle or -1 (also when the
-    // same id list is registered already).
+    // same id list is registered already). It does not survive a service restart (see above).
     static int drelResListeningRegister(ResourceList& resources, int param,
                                         const std::shared_ptr<IClientCallback>& callback);
-    // Drops every registration with this handle; the service's answer or -1.
+    // Drops every registration with this handle; the service's answer or -1. A report on its way
+    // may still arrive after it returns; after -1 for a service that was down, call it again.
     static int drelResListeningUnRegister(int handle);
     // Appends the service's current states to `states`; the size of `states` or -1.
     static int drelResStateRequest(ResourceList& resources, int param, ResourceList& states);

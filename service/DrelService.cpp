@@ -1,16 +1,23 @@
+// DrelService: the IDrel adapter over the service's parts. Each call takes the one mutex, asks
+// the parts, gathers the reports its work makes, and delivers them once the mutex is released.
+
 #include "drel-service/DrelService.h"
 
+#include <android/binder_ibinder.h>
 #include <android/binder_status.h>
 #include <android/log.h>
 
-#include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <cstdlib>
-#include <limits>
-#include <tuple>
 #include <utility>
+
+#include "Diagnostics.h"
+#include "FaultInjector.h"
+#include "Handles.h"
+#include "Listeners.h"
+#include "Records.h"
+#include "ResourceTable.h"
 
 namespace aidl {
 namespace vendor {
@@ -20,16 +27,8 @@ namespace drel {
 
 namespace {
 
+using example::Reports;
 using std::chrono::milliseconds;
-
-// The value a request holds a resource at when its record carries no text: "on".
-constexpr const char* kNoValueHeld = "1";
-
-// Table names of the diagnostic selectors 0x0 to 0x8, in selector order.
-constexpr const char* kDumpNames[] = {"ToDoQueue",  "RunMap",          "ActiveResMap",
-                                      "ResRequest", "ResInfo",         "SAInfo",
-                                      "PidFdList",  "PidfdMonitorMap", "ResRecordList"};
-constexpr int32_t kDumpCount = sizeof(kDumpNames) / sizeof(kDumpNames[0]);
 
 bool holdsResources(int32_t kind) {
     return kind == DrelService::kKindResource || kind == DrelService::kKindScene ||
@@ -48,467 +47,159 @@ int32_t leadingInteger(const std::string& text) {
     return static_cast<int32_t>(value);
 }
 
-std::string orNone(const std::optional<std::string>& text) {
-    return text && !text->empty() ? *text : "none";
+// Whether the process `caller` may end what `handle` names, made by the process `owner` (null: the
+// handle names nothing of the kind). Only its maker may: another process is answered as for an
+// unknown handle, so that a handle a client holds by mistake ends nothing of another client's.
+bool mayEnd(const char* operation, int32_t handle, const pid_t* owner, pid_t caller) {
+    if (owner != nullptr && *owner == caller) return true;
+    if (owner == nullptr) {
+        __android_log_print(ANDROID_LOG_WARN, DrelService::kLogTag, "%s of unknown handle %d",
+                            operation, handle);
+    } else {
+        __android_log_print(ANDROID_LOG_WARN, DrelService::kLogTag,
+                            "%s of handle %d refused: pid %d did not make it", operation, handle,
+                            static_cast<int>(caller));
+    }
+    return false;
 }
 
 }  // namespace
 
-bool DrelService::Key::operator<(const Key& other) const {
-    return std::tie(id, path) < std::tie(other.id, other.path);
-}
+struct DrelService::State {
+    explicit State(Options options)
+        : options(std::move(options)),
+          handles(this->options.firstHandle),
+          records(this->options.notificationCapacity),
+          diagnostics(this->options.historyCapacity) {}
 
-bool DrelService::Key::operator==(const Key& other) const {
-    return id == other.id && path == other.path;
-}
+    milliseconds now() const {
+        if (options.clock) return options.clock();
+        return std::chrono::duration_cast<milliseconds>(
+                std::chrono::steady_clock::now().time_since_epoch());
+    }
+
+    // One numbering for requests and registrations.
+    int32_t newHandleLocked() {
+        return handles.next([this](int32_t handle) {
+            return resources.find(handle) != nullptr || listeners.find(handle) != nullptr ||
+                   listeners.findThermal(handle) != nullptr;
+        });
+    }
+
+    // Drops every request whose deadline has passed; listeners hear of each as of a release.
+    int expireLocked(Reports& reports) {
+        const milliseconds current = now();
+        int expired = 0;
+        while (std::optional<int32_t> handle = resources.due(current)) {
+            __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "request %d expired", *handle);
+            listeners.reportChanges(resources.drop(*handle), reports);
+            ++expired;
+        }
+        return expired;
+    }
+
+    int32_t addRequestLocked(const DrelRequestParcel& parcel, pid_t owner, Reports& reports) {
+        const int32_t handle = newHandleLocked();
+        const example::Changes changes = resources.add(handle, parcel, owner, now());
+        const example::ResourceTable::Request& request = *resources.find(handle);
+        if (request.deadline) expiryWake.notify_all();
+        diagnostics.record(handle, parcel, request.held);
+        if (parcel.callback) {
+            // The one-shot callback hears once what the request now holds, and is not kept.
+            example::Report applied{parcel.callback, {}, 0, false};
+            for (const auto& h : request.held)
+                applied.data.push_back(example::recordOf(h.key, h.value));
+            reports.push_back(std::move(applied));
+        }
+        listeners.reportChanges(changes, reports);
+        return handle;
+    }
+
+    void deliver(Reports& reports) { listeners.deliver(reports, mutex); }
+
+    const Options options;
+    example::FaultInjector faults;  // locks by itself
+
+    mutable std::mutex mutex;  // guards everything below
+    example::HandleCounter handles;
+    example::ResourceTable resources;
+    example::Listeners listeners;
+    example::Records records;
+    example::Diagnostics diagnostics;
+
+    std::condition_variable expiryWake;
+    bool stopping = false;
+    std::thread expiryThread;
+};
 
 DrelService::DrelService() : DrelService(Options{}) {}
 
-DrelService::DrelService(Options options) : options_(std::move(options)) {}
+DrelService::DrelService(Options options) : state_(std::make_unique<State>(std::move(options))) {}
 
 DrelService::~DrelService() {
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        stopping_ = true;
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->stopping = true;
     }
-    expiryWake_.notify_all();
-    if (expiryThread_.joinable()) expiryThread_.join();
-}
-
-// ---- resources, keys and values ----
-
-std::optional<DrelService::Key> DrelService::keyOf(const DrelRequestData& record) {
-    if (record.resId != 0) return Key{record.resId, {}};
-    if (record.resPath && !record.resPath->empty()) return Key{0, *record.resPath};
-    return std::nullopt;
-}
-
-DrelRequestData DrelService::recordOf(const Key& key, const std::string& value) {
-    DrelRequestData record;
-    record.resId = key.id;
-    if (key.id == 0) record.resPath = key.path;
-    record.resValue = value;
-    return record;
-}
-
-std::string DrelService::describe(const Key& key) {
-    if (key.id == 0) return key.path;
-    char text[16];
-    std::snprintf(text, sizeof(text), "0x%08x", static_cast<uint32_t>(key.id));
-    return text;
-}
-
-milliseconds DrelService::now() const {
-    if (options_.clock) return options_.clock();
-    return std::chrono::duration_cast<milliseconds>(
-            std::chrono::steady_clock::now().time_since_epoch());
-}
-
-int32_t DrelService::allocateHandleLocked() {
-    // Handles count up from 1 and are shared by requests and registrations; after INT32_MAX they
-    // start again at 1, skipping any still in use.
-    for (;;) {
-        int32_t handle = nextHandle_;
-        nextHandle_ = nextHandle_ == INT32_MAX ? 1 : nextHandle_ + 1;
-        if (requests_.count(handle) == 0 && listeners_.count(handle) == 0 &&
-            thermalListeners_.count(handle) == 0) {
-            return handle;
-        }
-    }
-}
-
-std::string DrelService::valueLocked(const Key& key) const {
-    auto found = holders_.find(key);
-    if (found == holders_.end() || found->second.empty()) return kDefaultValue;
-    return found->second.rbegin()->second.value;
-}
-
-void DrelService::snapshotLocked(const std::vector<Held>& held, Snapshot& before) const {
-    for (const Held& h : held) before.emplace(h.key, valueLocked(h.key));
-}
-
-void DrelService::notifyChangesLocked(const Snapshot& before, Reports& reports) const {
-    Snapshot changed;
-    for (const auto& [key, oldValue] : before) {
-        std::string newValue = valueLocked(key);
-        if (newValue != oldValue) changed.emplace(key, std::move(newValue));
-    }
-    if (changed.empty()) return;
-    for (const auto& [handle, listener] : listeners_) {
-        Report report{listener.callback, {}, handle, false};
-        for (const Key& key : listener.keys) {
-            auto found = changed.find(key);
-            if (found != changed.end()) report.data.push_back(recordOf(key, found->second));
-        }
-        if (!report.data.empty()) reports.push_back(std::move(report));
-    }
-}
-
-// ---- requests ----
-
-int32_t DrelService::addRequestLocked(const DrelRequestParcel& parcel, Reports& reports) {
-    Request request;
-    request.kind = parcel.requestType;
-    request.sequence = nextSequence_++;
-    for (const DrelRequestData& record : parcel.resources) {
-        std::optional<Key> key = keyOf(record);
-        if (!key) continue;  // names no resource
-        std::string value =
-                record.resValue && !record.resValue->empty() ? *record.resValue : kNoValueHeld;
-        // A request that names a resource twice holds it at the later value.
-        auto same = std::find_if(request.held.begin(), request.held.end(),
-                                 [&](const Held& h) { return h.key == *key; });
-        if (same != request.held.end()) {
-            same->value = std::move(value);
-        } else {
-            request.held.push_back(Held{std::move(*key), std::move(value)});
-        }
-    }
-
-    Snapshot before;
-    snapshotLocked(request.held, before);
-    const int32_t handle = allocateHandleLocked();
-    for (const Held& h : request.held) {
-        holders_[h.key][request.sequence] = Holder{handle, h.value};
-    }
-    if (parcel.timeout > 0) {
-        const milliseconds start = now();
-        // A timeout too long for the clock never expires.
-        if (parcel.timeout <= std::numeric_limits<milliseconds::rep>::max() - start.count()) {
-            request.deadline = start + milliseconds(parcel.timeout);
-            deadlines_.emplace(*request.deadline, handle);
-            expiryWake_.notify_all();
-        }
-    }
-    recordHistoryLocked(handle, parcel, request);
-
-    if (parcel.callback) {
-        // The one-shot callback hears once what the request now holds, and is not kept.
-        Report applied{parcel.callback, {}, 0, false};
-        for (const Held& h : request.held) applied.data.push_back(recordOf(h.key, h.value));
-        reports.push_back(std::move(applied));
-    }
-    requests_.emplace(handle, std::move(request));
-    notifyChangesLocked(before, reports);
-    return handle;
-}
-
-void DrelService::dropRequestLocked(int32_t handle, Reports& reports) {
-    auto found = requests_.find(handle);
-    if (found == requests_.end()) return;
-    const Request& request = found->second;
-    Snapshot before;
-    snapshotLocked(request.held, before);
-    for (const Held& h : request.held) {
-        auto holders = holders_.find(h.key);
-        if (holders == holders_.end()) continue;
-        holders->second.erase(request.sequence);
-        if (holders->second.empty()) holders_.erase(holders);
-    }
-    if (request.deadline) deadlines_.erase({*request.deadline, handle});
-    requests_.erase(found);
-    notifyChangesLocked(before, reports);
-}
-
-int DrelService::expireLocked(Reports& reports) {
-    const milliseconds current = now();
-    int expired = 0;
-    while (!deadlines_.empty() && deadlines_.begin()->first <= current) {
-        const int32_t handle = deadlines_.begin()->second;
-        __android_log_print(ANDROID_LOG_DEBUG, kLogTag, "request %d expired", handle);
-        dropRequestLocked(handle, reports);
-        ++expired;
-    }
-    return expired;
-}
-
-void DrelService::recordHistoryLocked(int32_t handle, const DrelRequestParcel& parcel,
-                                      const Request& request) {
-    if (!historyRecording_ || options_.historyCapacity == 0) return;
-    std::string resources;
-    for (const Held& h : request.held) {
-        if (!resources.empty()) resources += ',';
-        resources += describe(h.key) + '=' + h.value;
-    }
-    if (resources.empty()) resources = "none";
-    char head[96];
-    std::snprintf(head, sizeof(head), "handle:%d type:%d timeout:%lld", handle, parcel.requestType,
-                  static_cast<long long>(parcel.timeout));
-    history_.push_back(HistoryEntry{handle, parcel.requestType,
-                                    std::string(head) + " pkg:" + orNone(parcel.pkg) +
-                                            " identity:" + orNone(parcel.identity) +
-                                            " res:" + resources});
-    while (history_.size() > options_.historyCapacity) history_.pop_front();
-}
-
-int32_t DrelService::thermalNotifyLocked(const DrelRequestParcel& parcel, Reports& reports) {
-    for (const DrelRequestData& record : parcel.resources) {
-        thermalLevels_[record.resId] = record.resValue.value_or("");
-    }
-    int32_t reached = 0;
-    for (const auto& [handle, listener] : thermalListeners_) {
-        Report report{listener.callback, {}, handle, true};
-        for (const DrelRequestData& record : parcel.resources) {
-            if (std::find(listener.ids.begin(), listener.ids.end(), record.resId) ==
-                listener.ids.end()) {
-                continue;
-            }
-            DrelRequestData level;
-            level.resId = record.resId;
-            level.resValue = record.resValue.value_or("");
-            report.data.push_back(std::move(level));
-        }
-        if (!report.data.empty()) {
-            reports.push_back(std::move(report));
-            ++reached;
-        }
-    }
-    return reached;
-}
-
-int32_t DrelService::diagnosticLocked(const DrelRequestParcel& parcel) {
-    if (parcel.resources.empty()) {
-        __android_log_print(ANDROID_LOG_WARN, kLogTag, "diagnostic request without a selector");
-        return 0;
-    }
-    const int32_t selector = parcel.resources[0].resId;
-    if (selector >= 0 && selector < kDumpCount) {
-        dumpLocked(selector);
-        return 1;
-    }
-    if (selector == kHistoryRecordOn || selector == kHistoryRecordOff) {
-        historyRecording_ = selector == kHistoryRecordOn;
-        __android_log_print(ANDROID_LOG_INFO, kLogTag, "history recording %s",
-                            historyRecording_ ? "on" : "off");
-        return 1;
-    }
-    __android_log_print(ANDROID_LOG_WARN, kLogTag, "unknown diagnostic selector %#x", selector);
-    return 0;
-}
-
-void DrelService::dumpLocked(int32_t selector) const {
-    std::vector<std::string> lines;
-    char line[160];
-    switch (selector) {
-        case 0:  // pending expiries, soonest first
-            for (const auto& [deadline, handle] : deadlines_) {
-                std::snprintf(line, sizeof(line), "handle %d expires in %lld ms", handle,
-                              static_cast<long long>((deadline - now()).count()));
-                lines.push_back(line);
-            }
-            break;
-        case 1:  // live requests
-        case 5:  // live scene requests
-            for (const auto& [handle, request] : requests_) {
-                if (selector == 5 && request.kind != kKindScene) continue;
-                std::snprintf(line, sizeof(line), "handle %d type %d holds", handle, request.kind);
-                std::string text = line;
-                for (const Held& h : request.held) text += ' ' + describe(h.key) + '=' + h.value;
-                lines.push_back(std::move(text));
-            }
-            break;
-        case 2:  // the value in force of each held resource, and whose it is
-            for (const auto& [key, holders] : holders_) {
-                const Holder& newest = holders.rbegin()->second;
-                std::snprintf(line, sizeof(line), " (handle %d)", newest.handle);
-                lines.push_back(describe(key) + '=' + newest.value + line);
-            }
-            break;
-        case 3:  // every holder of each held resource, oldest first
-            for (const auto& [key, holders] : holders_) {
-                std::string text = describe(key) + ':';
-                for (const auto& [sequence, holder] : holders) {
-                    std::snprintf(line, sizeof(line), " %d=", holder.handle);
-                    text += line + holder.value;
-                }
-                lines.push_back(std::move(text));
-            }
-            break;
-        case 4:  // what the service has been told
-            for (const auto& [name, value] : properties_) {
-                lines.push_back("property " + name + '=' + value);
-            }
-            for (const auto& [ruleId, rule] : rules_) {
-                std::snprintf(line, sizeof(line), "rule %d status %d records %zu", ruleId,
-                              rule.status, rule.data.size());
-                lines.push_back(line);
-            }
-            for (const auto& [type, info] : sysInfo_) {
-                std::snprintf(line, sizeof(line), "sysinfo %d=%lld", type,
-                              static_cast<long long>(info));
-                lines.push_back(line);
-            }
-            for (const auto& [id, level] : thermalLevels_) {
-                std::snprintf(line, sizeof(line), "thermal %d level ", id);
-                lines.push_back(line + level);
-            }
-            break;
-        case 6:  // listening registrations
-            for (const auto& [handle, listener] : listeners_) {
-                std::snprintf(line, sizeof(line), "listener %d:", handle);
-                std::string text = line;
-                for (const Key& key : listener.keys) text += ' ' + describe(key);
-                lines.push_back(std::move(text));
-            }
-            break;
-        case 7:  // thermal listening registrations
-            for (const auto& [handle, listener] : thermalListeners_) {
-                std::snprintf(line, sizeof(line), "thermal listener %d:", handle);
-                std::string text = line;
-                for (int32_t id : listener.ids) text += ' ' + std::to_string(id);
-                lines.push_back(std::move(text));
-            }
-            break;
-        case 8:  // request history
-            for (const HistoryEntry& entry : history_) lines.push_back(entry.text);
-            break;
-        default:
-            break;
-    }
-    __android_log_print(ANDROID_LOG_INFO, kLogTag, "dump %s: %zu entries", kDumpNames[selector],
-                        lines.size());
-    for (const std::string& text : lines) {
-        __android_log_print(ANDROID_LOG_INFO, kLogTag, "  %s", text.c_str());
-    }
-}
-
-// ---- delivery ----
-
-void DrelService::deliver(Reports& reports) {
-    for (Report& report : reports) {
-        ::ndk::ScopedAStatus status = report.callback->onCallback(report.data);
-        if (status.isOk()) continue;
-        __android_log_print(ANDROID_LOG_WARN, kLogTag, "callback of handle %d failed: status %d",
-                            report.handle, static_cast<int>(status.getStatus()));
-        if (report.handle == 0 || status.getStatus() != STATUS_DEAD_OBJECT) continue;
-        // The client has gone: its registration can never be reached again.
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (report.thermal) {
-            auto found = thermalListeners_.find(report.handle);
-            if (found != thermalListeners_.end() && found->second.callback == report.callback) {
-                thermalListeners_.erase(found);
-            }
-        } else {
-            auto found = listeners_.find(report.handle);
-            if (found != listeners_.end() && found->second.callback == report.callback) {
-                listeners_.erase(found);
-            }
-        }
-    }
-    // Drop the callback proxies now rather than with the caller's frame.
-    reports.clear();
-}
-
-// ---- faults ----
-
-void DrelService::setFaultPlan(std::optional<FaultPlan> plan) {
-    std::lock_guard<std::mutex> lock(mutex_);
-    faultPlan_ = std::move(plan);
-    faultCalls_ = 0;
-}
-
-uint64_t DrelService::faultsInjected() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return faultsInjected_;
-}
-
-std::pair<uint32_t, uint64_t> DrelService::drawFault() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (!faultPlan_) return {0, 0};
-    // splitmix64 of the seed and the call's number: the same plan gives the same faults.
-    uint64_t r = faultPlan_->seed + 0x9e3779b97f4a7c15ULL * ++faultCalls_;
-    r = (r ^ (r >> 30)) * 0xbf58476d1ce4e5b9ULL;
-    r = (r ^ (r >> 27)) * 0x94d049bb133111ebULL;
-    r ^= r >> 31;
-    const uint32_t allowed = faultPlan_->faults & kAnyFault;
-    if (allowed == 0 || static_cast<int>(r % 100) >= faultPlan_->percent) return {0, 0};
-    // The (r / 100 mod count)-th of the allowed ways.
-    int count = 0;
-    for (uint32_t bit = 1; bit <= kAnyFault; bit <<= 1) count += (allowed & bit) != 0;
-    int pick = static_cast<int>((r / 100) % static_cast<uint64_t>(count));
-    uint32_t fault = 1;
-    for (; (allowed & fault) == 0 || pick-- > 0; fault <<= 1) {
-    }
-    ++faultsInjected_;
-    const uint64_t lateBy = static_cast<uint64_t>(std::max<int64_t>(0, faultPlan_->lateBy.count()));
-    // A late answer's draw is its delay in microseconds.
-    return {fault, fault == kLateAnswer ? (r >> 24) % (lateBy + 1) : r >> 24};
-}
-
-template <typename Work>
-::ndk::ScopedAStatus DrelService::withFaults(Work work) {
-    const auto [fault, draw] = drawFault();
-    if (fault == kFailedTransaction)
-        return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-    if (fault == kException) return ::ndk::ScopedAStatus::fromExceptionCode(EX_ILLEGAL_STATE);
-    if (fault == kServiceSpecificError) {
-        return ::ndk::ScopedAStatus::fromServiceSpecificError(-2 - static_cast<int32_t>(draw % 63));
-    }
-    if (fault == kLateAnswer) std::this_thread::sleep_for(std::chrono::microseconds(draw));
-    ::ndk::ScopedAStatus status = work();
-    // The work is done, but the caller never hears of it.
-    if (fault == kLostReply) return ::ndk::ScopedAStatus::fromStatus(STATUS_FAILED_TRANSACTION);
-    return status;
+    state_->expiryWake.notify_all();
+    if (state_->expiryThread.joinable()) state_->expiryThread.join();
 }
 
 // ---- IDrel ----
 
 ::ndk::ScopedAStatus DrelService::init() {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
-        ++initCount_;
+    return state_->faults.run([&] {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->records.countInit();
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
 ::ndk::ScopedAStatus DrelService::request(const DrelRequestParcel& parcel, int32_t* _aidl_return) {
-    return withFaults([&] {
+    return state_->faults.run([&] {
+        State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         Reports reports;
         int32_t result = -1;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
-            expireLocked(reports);
+            std::lock_guard<std::mutex> lock(s.mutex);
+            s.expireLocked(reports);
             if (holdsResources(parcel.requestType)) {
-                result = addRequestLocked(parcel, reports);
+                result = s.addRequestLocked(parcel, caller, reports);
             } else if (parcel.requestType == kKindDiagnostic) {
-                result = diagnosticLocked(parcel);
+                result = s.diagnostics.run(parcel, {s.resources, s.listeners, s.records, s.now()});
             } else if (parcel.requestType == kKindThermal) {
-                result = thermalNotifyLocked(parcel, reports);
+                result = s.listeners.notifyThermal(parcel.resources, reports);
             } else if (parcel.requestType == kKindNotify) {
-                if (options_.notificationCapacity > 0) {
-                    notifications_.push_back(parcel.resources);
-                    while (notifications_.size() > options_.notificationCapacity) {
-                        notifications_.pop_front();
-                    }
-                }
+                s.records.notify(parcel.resources);
                 result = 0;
             } else {
                 __android_log_print(ANDROID_LOG_WARN, kLogTag, "request of kind %d is not handled",
                                     parcel.requestType);
             }
         }
-        deliver(reports);
+        s.deliver(reports);
         *_aidl_return = result;
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
 ::ndk::ScopedAStatus DrelService::release(int32_t handle, int32_t* _aidl_return) {
-    return withFaults([&] {
+    return state_->faults.run([&] {
+        State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         Reports reports;
         int32_t result = -1;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
-            expireLocked(reports);
-            if (requests_.count(handle) != 0) {
-                dropRequestLocked(handle, reports);
+            std::lock_guard<std::mutex> lock(s.mutex);
+            s.expireLocked(reports);
+            const example::ResourceTable::Request* request = s.resources.find(handle);
+            if (mayEnd("release", handle, request ? &request->owner : nullptr, caller)) {
+                s.listeners.reportChanges(s.resources.drop(handle), reports);
                 result = 0;
-            } else {
-                __android_log_print(ANDROID_LOG_WARN, kLogTag, "release of unknown handle %d",
-                                    handle);
             }
         }
-        deliver(reports);
+        s.deliver(reports);
         *_aidl_return = result;
         return ::ndk::ScopedAStatus::ok();
     });
@@ -516,35 +207,31 @@ template <typename Work>
 
 ::ndk::ScopedAStatus DrelService::stateRequest(const DrelRequestParcel& parcel,
                                                std::vector<DrelRequestData>* _aidl_return) {
-    return withFaults([&] {
+    return state_->faults.run([&] {
+        State& s = *state_;
         Reports reports;
         std::vector<DrelRequestData> reply;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
-            expireLocked(reports);
+            std::lock_guard<std::mutex> lock(s.mutex);
+            s.expireLocked(reports);
             switch (parcel.requestType) {
                 case kKindState:
                     for (const DrelRequestData& record : parcel.resources) {
-                        std::optional<Key> key = keyOf(record);
-                        if (key) reply.push_back(recordOf(*key, valueLocked(*key)));
+                        std::optional<example::Key> key = example::keyOf(record);
+                        if (key)
+                            reply.push_back(example::recordOf(*key, s.resources.valueOf(*key)));
                     }
                     break;
                 case kKindHistory:
-                    for (const HistoryEntry& entry : history_) {
-                        DrelRequestData record;
-                        record.resId = entry.handle;
-                        record.resParam = entry.kind;
-                        record.resExtra = entry.text;
-                        reply.push_back(std::move(record));
-                    }
+                    reply = s.diagnostics.history();
                     break;
                 case kKindPowerMode:
                     if (!parcel.resources.empty()) {
                         const int32_t mode = parcel.resources[0].resId;
                         DrelRequestData record;
                         record.resId = mode;
-                        record.resValue =
-                                std::to_string(leadingInteger(valueLocked(Key{mode, {}})));
+                        record.resValue = std::to_string(
+                                leadingInteger(s.resources.valueOf(example::Key{mode, {}})));
                         reply.push_back(std::move(record));
                     }
                     break;
@@ -554,7 +241,7 @@ template <typename Work>
                     break;
             }
         }
-        deliver(reports);
+        s.deliver(reports);
         *_aidl_return = std::move(reply);
         return ::ndk::ScopedAStatus::ok();
     });
@@ -563,69 +250,56 @@ template <typename Work>
 ::ndk::ScopedAStatus DrelService::listeningRegister(const DrelRequestParcel& parcel,
                                                     const std::shared_ptr<IDrelCallback>& callback,
                                                     int32_t* _aidl_return) {
-    return withFaults([&] {
+    return state_->faults.run([&] {
+        State& s = *state_;
+        const pid_t caller = AIBinder_getCallingPid();
         if (!callback) {
             *_aidl_return = -1;
             return ::ndk::ScopedAStatus::ok();
         }
-        Listener listener{{}, callback};
-        for (const DrelRequestData& record : parcel.resources) {
-            std::optional<Key> key = keyOf(record);
-            if (key && std::find(listener.keys.begin(), listener.keys.end(), *key) ==
-                               listener.keys.end()) {
-                listener.keys.push_back(std::move(*key));
-            }
-        }
         Reports reports;
         {
-            std::lock_guard<std::mutex> lock(mutex_);
+            std::lock_guard<std::mutex> lock(s.mutex);
             // Changes that were due before the registration are not reported to it.
-            expireLocked(reports);
-            *_aidl_return = allocateHandleLocked();
-            listeners_.emplace(*_aidl_return, std::move(listener));
+            s.expireLocked(reports);
+            *_aidl_return = s.newHandleLocked();
+            s.listeners.add(*_aidl_return, parcel.resources, callback, caller);
         }
-        deliver(reports);
+        s.deliver(reports);
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
 ::ndk::ScopedAStatus DrelService::listeningUnregister(int32_t handle, int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
+    return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
+        std::shared_ptr<IDrelCallback> dropped;  // let go of after the mutex
         {
-            std::lock_guard<std::mutex> lock(mutex_);
-            auto found = listeners_.find(handle);
-            if (found == listeners_.end()) {
-                *_aidl_return = -1;
-            } else {
-                dropped = std::move(found->second.callback);
-                listeners_.erase(found);
-                *_aidl_return = 0;
+            std::lock_guard<std::mutex> lock(state_->mutex);
+            const example::Listeners::Listener* listener = state_->listeners.find(handle);
+            if (mayEnd("listeningUnregister", handle, listener ? &listener->owner : nullptr,
+                       caller)) {
+                dropped = state_->listeners.remove(handle);
             }
         }
+        *_aidl_return = dropped ? 0 : -1;
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
 ::ndk::ScopedAStatus DrelService::propertyGet(const std::string& name, std::string* _aidl_return) {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
-        auto found = properties_.find(name);
-        *_aidl_return = found == properties_.end() ? std::string() : found->second;
+    return state_->faults.run([&] {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        *_aidl_return = state_->records.property(name);
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
 ::ndk::ScopedAStatus DrelService::propertySet(const std::string& name, const std::string& value,
                                               int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
-        if (name.empty()) {
-            *_aidl_return = -1;
-        } else {
-            properties_[name] = value;
-            *_aidl_return = 0;
-        }
+    return state_->faults.run([&] {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        *_aidl_return = state_->records.setProperty(name, value) ? 0 : -1;
         return ::ndk::ScopedAStatus::ok();
     });
 }
@@ -633,13 +307,14 @@ template <typename Work>
 ::ndk::ScopedAStatus DrelService::thermalListeningRegister(
         const std::vector<int32_t>& ids, const std::shared_ptr<IDrelCallback>& callback,
         int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
+    return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
+        std::lock_guard<std::mutex> lock(state_->mutex);
         if (!callback) {
             *_aidl_return = -1;
         } else {
-            *_aidl_return = allocateHandleLocked();
-            thermalListeners_.emplace(*_aidl_return, ThermalListener{ids, callback});
+            *_aidl_return = state_->newHandleLocked();
+            state_->listeners.addThermal(*_aidl_return, ids, callback, caller);
         }
         return ::ndk::ScopedAStatus::ok();
     });
@@ -647,19 +322,19 @@ template <typename Work>
 
 ::ndk::ScopedAStatus DrelService::thermalListeningUnregister(int32_t handle,
                                                              int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::shared_ptr<IDrelCallback> dropped;  // released after the mutex
+    return state_->faults.run([&] {
+        const pid_t caller = AIBinder_getCallingPid();
+        std::shared_ptr<IDrelCallback> dropped;  // let go of after the mutex
         {
-            std::lock_guard<std::mutex> lock(mutex_);
-            auto found = thermalListeners_.find(handle);
-            if (found == thermalListeners_.end()) {
-                *_aidl_return = -1;
-            } else {
-                dropped = std::move(found->second.callback);
-                thermalListeners_.erase(found);
-                *_aidl_return = 0;
+            std::lock_guard<std::mutex> lock(state_->mutex);
+            const example::Listeners::ThermalListener* listener =
+                    state_->listeners.findThermal(handle);
+            if (mayEnd("thermalListeningUnregister", handle, listener ? &listener->owner : nullptr,
+                       caller)) {
+                dropped = state_->listeners.removeThermal(handle);
             }
         }
+        *_aidl_return = dropped ? 0 : -1;
         return ::ndk::ScopedAStatus::ok();
     });
 }
@@ -670,9 +345,9 @@ template <typename Work>
 
 ::ndk::ScopedAStatus DrelService::setRelatedSysInfo(int32_t type, int64_t info,
                                                     int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
-        sysInfo_[type] = info;
+    return state_->faults.run([&] {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->records.setSysInfo(type, info);
         *_aidl_return = 0;
         return ::ndk::ScopedAStatus::ok();
     });
@@ -681,94 +356,97 @@ template <typename Work>
 ::ndk::ScopedAStatus DrelService::ruleCtl(int32_t ruleId, int32_t status,
                                           const std::vector<DrelRequestData>& data,
                                           int32_t* _aidl_return) {
-    return withFaults([&] {
-        std::lock_guard<std::mutex> lock(mutex_);
-        rules_[ruleId] = RuleState{status, data};
+    return state_->faults.run([&] {
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        state_->records.setRule(ruleId, status, data);
         *_aidl_return = 0;
         return ::ndk::ScopedAStatus::ok();
     });
 }
 
+// ---- faults ----
+
+void DrelService::setFaultPlan(std::optional<FaultPlan> plan) {
+    state_->faults.setPlan(std::move(plan));
+}
+
+uint64_t DrelService::faultsInjected() const {
+    return state_->faults.injected();
+}
+
 // ---- expiry ----
 
 void DrelService::startExpiryThread() {
-    std::lock_guard<std::mutex> lock(mutex_);
-    if (expiryThread_.joinable() || stopping_) return;
-    expiryThread_ = std::thread([this] { expiryLoop(); });
-}
-
-void DrelService::expiryLoop() {
-    std::unique_lock<std::mutex> lock(mutex_);
-    while (!stopping_) {
-        if (deadlines_.empty()) {
-            expiryWake_.wait(lock);
-        } else {
-            const milliseconds wait = deadlines_.begin()->first - now();
-            if (wait.count() > 0) expiryWake_.wait_for(lock, wait);
+    State& s = *state_;
+    std::lock_guard<std::mutex> lock(s.mutex);
+    if (s.expiryThread.joinable() || s.stopping) return;
+    s.expiryThread = std::thread([&s] {
+        std::unique_lock<std::mutex> lock(s.mutex);
+        while (!s.stopping) {
+            if (std::optional<milliseconds> next = s.resources.nextDeadline()) {
+                const milliseconds wait = *next - s.now();
+                if (wait.count() > 0) s.expiryWake.wait_for(lock, wait);
+            } else {
+                s.expiryWake.wait(lock);
+            }
+            if (s.stopping) break;
+            Reports reports;
+            s.expireLocked(reports);
+            if (!reports.empty()) {
+                lock.unlock();
+                s.deliver(reports);
+                lock.lock();
+            }
         }
-        if (stopping_) break;
-        Reports reports;
-        expireLocked(reports);
-        if (!reports.empty()) {
-            lock.unlock();
-            deliver(reports);
-            lock.lock();
-        }
-    }
+    });
 }
 
 int DrelService::expireDue() {
     Reports reports;
     int expired = 0;
     {
-        std::lock_guard<std::mutex> lock(mutex_);
-        expired = expireLocked(reports);
+        std::lock_guard<std::mutex> lock(state_->mutex);
+        expired = state_->expireLocked(reports);
     }
-    deliver(reports);
+    state_->deliver(reports);
     return expired;
 }
 
 // ---- observations ----
 
 int DrelService::initCount() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return initCount_;
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->records.initCount();
 }
 
 size_t DrelService::liveRequestCount() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return requests_.size();
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->resources.size();
 }
 
 std::optional<DrelService::RuleState> DrelService::ruleState(int32_t ruleId) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = rules_.find(ruleId);
-    if (found == rules_.end()) return std::nullopt;
-    return found->second;
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->records.rule(ruleId);
 }
 
 std::optional<int64_t> DrelService::relatedSysInfo(int32_t type) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = sysInfo_.find(type);
-    if (found == sysInfo_.end()) return std::nullopt;
-    return found->second;
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->records.sysInfo(type);
 }
 
 std::vector<std::vector<DrelRequestData>> DrelService::notifications() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return {notifications_.begin(), notifications_.end()};
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->records.notifications();
 }
 
 std::optional<std::string> DrelService::thermalLevel(int32_t id) const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    auto found = thermalLevels_.find(id);
-    if (found == thermalLevels_.end()) return std::nullopt;
-    return found->second;
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->listeners.thermalLevel(id);
 }
 
 bool DrelService::historyRecording() const {
-    std::lock_guard<std::mutex> lock(mutex_);
-    return historyRecording_;
+    std::lock_guard<std::mutex> lock(state_->mutex);
+    return state_->diagnostics.recording();
 }
 
 }  // namespace drel

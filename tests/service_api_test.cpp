@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <atomic>
 #include <chrono>
@@ -16,6 +17,7 @@ namespace qel_test {
 namespace {
 
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
+using ::testing::Each;
 using ::testing::ElementsAre;
 using Report = std::vector<std::string>;
 
@@ -55,10 +57,20 @@ protected:
     void SetUp() override {
         ABinderProcess_startThreadPool();
         hostbinder::reset();
+        startService();
+    }
+    // Registers a new instance of the service, on the test's clock.
+    void startService() {
         DrelService::Options options;
         options.clock = [this] { return std::chrono::milliseconds(clockMs.load()); };
         service = ::ndk::SharedRefBase::make<DrelService>(options);
         ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
+    }
+    // The service's process dies; a new instance takes its place (both APIs reconnect to it).
+    void restartService() {
+        hostbinder::killService(kInstance);
+        hostbinder::waitIdle();
+        startService();
     }
     void TearDown() override {
         hostbinder::reset();
@@ -70,7 +82,7 @@ protected:
     std::atomic<int64_t> clockMs{5000};
 };
 
-TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins) {
+TEST_F(ServiceApiTest, HandlesCountUpNeverReusedAndTheNewestLiveHolderWins) {
     ResourceList resources = {{kGpu, "7"}}, watched = {{kCpu, ""}};
     const int handles[] = {
             QelResAcquire({{kCpu, "1000"}, {kGpu, std::nullopt}}, 0, "", 0),
@@ -79,7 +91,10 @@ TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins)
             Hal::drelSACtlRequest(0, 0, kCpu, 0, 0, 0),
             Hal::drelResCtlRequest(0, 0, resources, 0, 0, 0),
     };
-    EXPECT_THAT(handles, ElementsAre(1, 2, 3, 4, 5)) << "across requests and registrations";
+    const int first = handles[0];
+    ASSERT_GT(first, 0);
+    EXPECT_THAT(handles, ElementsAre(first, first + 1, first + 2, first + 3, first + 4))
+            << "one count across requests and registrations";
     EXPECT_EQ(-1, Hal::drelResCtlRelease(handles[2])) << "a registration is not a request";
     EXPECT_EQ("1", stateOf(kCpu)) << "a scene is held at 1";
     EXPECT_EQ("7", stateOf(kGpu));
@@ -93,7 +108,25 @@ TEST_F(ServiceApiTest, HandlesCountFromOneNeverReusedAndTheNewestLiveHolderWins)
     EXPECT_EQ("2000", stateOf(kCpu)) << "a resource named twice holds the later value";
     QelRelease(handles[1]);
     EXPECT_EQ("0", stateOf(kCpu));
-    EXPECT_EQ(6, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
+    EXPECT_EQ(first + 5, QelResAcquire({{kCpu, "1"}}, 0, "", 0)) << "handles are never reused";
+}
+
+// The handles of a service that died name nothing in the one that replaced it, though each
+// instance numbers its handles in the same order.
+TEST_F(ServiceApiTest, AHandleOfADeadInstanceIsUnknownToItsSuccessorAndEndsNothingThere) {
+    ResourceList oldIds = {{kGpu, ""}}, newIds = {{kCpu, ""}};
+    const int oldListener = Hal::drelResListeningRegister(oldIds, 0, std::make_shared<Reports>());
+    const int oldRequest = QelResAcquire({{kCpu, "5"}}, 0, "", 0);
+    restartService();
+    auto listener = std::make_shared<Reports>();
+    ASSERT_GT(Hal::drelResListeningRegister(newIds, 0, listener), 0);
+    ASSERT_GT(QelResAcquire({{kCpu, "7"}}, 0, "", 0), 0);
+    EXPECT_EQ(-1, Hal::drelResListeningUnRegister(oldListener));
+    EXPECT_EQ(-1, Hal::drelResCtlRelease(oldRequest));
+    EXPECT_EQ("7", stateOf(kCpu)) << "the new request is held";
+    QelResAcquire({{kCpu, "9"}}, 0, "", 0);
+    EXPECT_THAT(listener->reports(), ElementsAre(ElementsAre(cpu + "=7"), ElementsAre(cpu + "=9")))
+            << "the new listener hears on";
 }
 
 TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpires) {
@@ -107,6 +140,35 @@ TEST_F(ServiceApiTest, TimeoutsAreMillisecondsOnTheClockAndZeroOrLessNeverExpire
     clockMs += 24 * 3600 * 1000;
     EXPECT_EQ("300", stateOf(kGpu));
     EXPECT_EQ(1u, service->liveRequestCount());
+}
+
+// Only the process that made a request or registration can end it; another's attempt answers as
+// for an unknown handle and leaves it in place for its maker.
+TEST_F(ServiceApiTest, OnlyTheProcessThatMadeARequestOrRegistrationCanEndIt) {
+    const pid_t self = 0, other = getpid() + 1;  // 0: this process's own pid
+    // Who makes them, who ends them, and what ending answers.
+    const std::tuple<pid_t, pid_t, int> rows[] = {
+            {self, other, -1}, {other, self, -1}, {other, other, 0}};
+    for (const auto& [maker, ender, answer] : rows) {
+        ResourceList ids = {{kGpu, ""}};
+        auto listener = std::make_shared<Reports>();
+        hostbinder::setCallingPid(maker);
+        const int request = QelResAcquire({{kCpu, "5"}}, 0, "", 0);
+        const int registration = Hal::drelResListeningRegister(ids, 0, listener);
+        const int thermal = Hal::drelThermalListeningRegister({1}, listener);
+        const auto endAll = [&](pid_t pid) {
+            hostbinder::setCallingPid(pid);
+            return std::vector<int>{Hal::drelResCtlRelease(request),
+                                    Hal::drelResListeningUnRegister(registration),
+                                    Hal::drelThermalListeningUnregister(thermal)};
+        };
+        EXPECT_THAT(endAll(ender), Each(answer)) << maker << " made, " << ender << " ended";
+        if (answer != 0) {
+            EXPECT_THAT(endAll(maker), Each(0)) << "left in place for its maker";
+        }
+        hostbinder::setCallingPid(self);
+        EXPECT_EQ(0u, service->liveRequestCount());
+    }
 }
 
 TEST_F(ServiceApiTest, StatesAnswerEachIdOrPathInOrderAndPowerModesTheirLeadingNumber) {

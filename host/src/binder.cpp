@@ -339,6 +339,13 @@ int serviceManagerCalls() {
     return rt().lookups.load();
 }
 
+// The pid this thread's calls into a service come from, when a test set one.
+static thread_local pid_t tlCallingPid = 0;
+
+void setCallingPid(pid_t pid) {
+    tlCallingPid = pid;
+}
+
 void waitIdle() {
     rt().pool.waitIdle();
 }
@@ -526,11 +533,16 @@ binder_status_t AIBinder_unlinkToDeath(AIBinder* binder, AIBinder_DeathRecipient
     return proxy->dead ? STATUS_DEAD_OBJECT : STATUS_OK;
 }
 
+// Every process of the host is this one, so a call comes from this process's own uid and pid, as
+// does the caller outside any call; but inside a call this thread made out of the main process
+// into a service, the pid is the one setCallingPid() set for this thread, if any.
 uid_t AIBinder_getCallingUid(void) {
     return getuid();
 }
 pid_t AIBinder_getCallingPid(void) {
-    return getpid();
+    const bool inCallFromMain =
+            !hostbinder::tlCallsOutOf.empty() && hostbinder::tlCallsOutOf.back() == rt().main.get();
+    return inCallFromMain && hostbinder::tlCallingPid > 0 ? hostbinder::tlCallingPid : getpid();
 }
 
 void AIBinder_incStrong(AIBinder* binder) {

@@ -24,9 +24,12 @@ namespace qel_stress {
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
 constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
 
-// A new example service with `plan` already on, registered under the instance name.
+// A new example service with `plan` already on, registered under the instance name. Its handles
+// count from 1, so that a handle can be bounded by the calls the instance was given.
 inline std::shared_ptr<DrelService> publish(std::optional<DrelService::FaultPlan> plan) {
-    auto service = ::ndk::SharedRefBase::make<DrelService>();
+    DrelService::Options options;
+    options.firstHandle = 1;
+    auto service = ::ndk::SharedRefBase::make<DrelService>(options);
     service->setFaultPlan(plan);
     EXPECT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
     return service;

@@ -36,7 +36,11 @@ protected:
         ABinderProcess_startThreadPool();  // as qelctl's main does
         hostbinder::reset();
         clearRegistries();
-        service = ::ndk::SharedRefBase::make<::aidl::vendor::quarn::hardware::drel::DrelService>();
+        // Handles from 1, so that a script can name them.
+        ::aidl::vendor::quarn::hardware::drel::DrelService::Options options;
+        options.firstHandle = 1;
+        service = ::ndk::SharedRefBase::make<::aidl::vendor::quarn::hardware::drel::DrelService>(
+                options);
         ASSERT_EQ(EX_NONE, AServiceManager_addService(service->asBinder().get(), kInstance));
     }
     void TearDown() override {

@@ -13,7 +13,11 @@ namespace qelctl {
 using ::aidl::vendor::quarn::hardware::drel::DrelService;
 
 void Session::startEmbedded() {
-    auto service = ::ndk::SharedRefBase::make<DrelService>();
+    // Handles from 1, so that a script can name the ones it was given ("release 2"): the
+    // embedded service serves this one process, which gives back what it kept before a restart.
+    DrelService::Options options;
+    options.firstHandle = 1;
+    auto service = ::ndk::SharedRefBase::make<DrelService>(options);
     service->startExpiryThread();
     const binder_exception_t status =
             AServiceManager_addService(service->asBinder().get(), kInstance);

@@ -15,6 +15,8 @@
 // logs one warning (tag "hostbinder"). reset() leaves the pool running.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -42,6 +44,13 @@ void reset();
 // How many AServiceManager_* look-ups (isDeclared, checkService, getService, waitForService) were
 // made since reset().
 int serviceManagerCalls();
+
+// Inside the calls this thread makes into a service from now on, AIBinder_getCallingPid()
+// answers `pid`, as if they came from another client process; 0 (or less) gives this process's
+// own pid again. Only this thread's own calls out of the test process are affected: a call the
+// service makes back into the process, or a report on a binder thread, is from the service as
+// before. reset() leaves it as it is.
+void setCallingPid(pid_t pid);
 
 // Returns when every queued death notification and callback has been delivered. In a process that
 // has no binder thread pool yet it returns once nothing runs: what waits for the pool stays

@@ -11,6 +11,12 @@
 // thermal listeners) are always called after that mutex has been released, so a callback may call
 // back into the service.
 //
+// Handles and owners: each instance numbers its handles from the boot-time clock, so that a
+// handle of an instance that died names nothing in the next one (Options::firstHandle fixes the
+// first handle for tests), and only the process that made a request or registration
+// (AIBinder_getCallingPid() in the call) may end it: another process is answered -1, as for an
+// unknown handle.
+//
 // Time: timeouts are in milliseconds on the clock given in Options (a monotonic clock by
 // default). Expired requests are dropped at the start of every IDrel operation that reads or
 // changes resource state, by expireDue(), and by the expiry thread once startExpiryThread() has
@@ -54,6 +60,10 @@ public:
         Clock clock;                       // empty: std::chrono::steady_clock
         size_t historyCapacity = 32;       // request history entries kept (oldest dropped)
         size_t notificationCapacity = 32;  // kind-10 notifications kept (oldest dropped)
+        // The first handle. 0 or less: a number read off the boot-time clock, so that a
+        // restarted service gives out no handle an earlier instance gave (service/README.md,
+        // Handles); a test that counts on fixed handles sets one.
+        int32_t firstHandle = 0;
     };
 
     // What ruleCtl last set for a rule.
@@ -155,106 +165,10 @@ public:
     bool historyRecording() const;
 
 private:
-    // A resource: by id when the id is not 0, otherwise by path.
-    struct Key {
-        int32_t id = 0;
-        std::string path;
-        bool operator<(const Key& other) const;
-        bool operator==(const Key& other) const;
-    };
-    struct Held {
-        Key key;
-        std::string value;
-    };
-    struct Request {
-        int32_t kind = 0;
-        uint64_t sequence = 0;  // order of arrival; never wraps, unlike handles
-        std::vector<Held> held;
-        std::optional<std::chrono::milliseconds> deadline;
-    };
-    struct Holder {
-        int32_t handle;
-        std::string value;
-    };
-    struct Listener {
-        std::vector<Key> keys;
-        std::shared_ptr<IDrelCallback> callback;
-    };
-    struct ThermalListener {
-        std::vector<int32_t> ids;
-        std::shared_ptr<IDrelCallback> callback;
-    };
-    struct HistoryEntry {
-        int32_t handle;
-        int32_t kind;
-        std::string text;
-    };
-    // A call to a client's callback, made once the mutex has been released. `handle` names the
-    // registration it belongs to (0 for a one-shot request callback), so that a registration
-    // whose client has died can be dropped.
-    struct Report {
-        std::shared_ptr<IDrelCallback> callback;
-        std::vector<DrelRequestData> data;
-        int32_t handle = 0;
-        bool thermal = false;
-    };
-    using Reports = std::vector<Report>;
-    // Values in force before a change, for the keys the change touches.
-    using Snapshot = std::map<Key, std::string>;
-
-    static std::optional<Key> keyOf(const DrelRequestData& record);
-    static DrelRequestData recordOf(const Key& key, const std::string& value);
-    static std::string describe(const Key& key);
-
-    std::chrono::milliseconds now() const;
-    int32_t allocateHandleLocked();
-    std::string valueLocked(const Key& key) const;
-    void snapshotLocked(const std::vector<Held>& held, Snapshot& before) const;
-    void notifyChangesLocked(const Snapshot& before, Reports& reports) const;
-    int32_t addRequestLocked(const DrelRequestParcel& parcel, Reports& reports);
-    void dropRequestLocked(int32_t handle, Reports& reports);
-    int expireLocked(Reports& reports);
-    int32_t thermalNotifyLocked(const DrelRequestParcel& parcel, Reports& reports);
-    int32_t diagnosticLocked(const DrelRequestParcel& parcel);
-    void dumpLocked(int32_t selector) const;
-    void recordHistoryLocked(int32_t handle, const DrelRequestParcel& parcel,
-                             const Request& request);
-    void deliver(Reports& reports);
-    void expiryLoop();
-    // The fault plan's verdict on the next call: one Fault bit (0: none), and its draw (for a
-    // late answer, the delay in microseconds).
-    std::pair<uint32_t, uint64_t> drawFault();
-    // Runs `work` (an IDrel call's body) as the fault plan says.
-    template <typename Work>
-    ::ndk::ScopedAStatus withFaults(Work work);
-
-    const Options options_;
-
-    mutable std::mutex mutex_;
-    int32_t nextHandle_ = 1;
-    uint64_t nextSequence_ = 1;
-    int initCount_ = 0;
-    std::map<int32_t, Request> requests_;
-    // For every held resource, each live request that holds it and at what value, in order of
-    // arrival: the newest is in force.
-    std::map<Key, std::map<uint64_t, Holder>> holders_;
-    std::set<std::pair<std::chrono::milliseconds, int32_t>> deadlines_;
-    std::map<int32_t, Listener> listeners_;
-    std::map<int32_t, ThermalListener> thermalListeners_;
-    std::map<int32_t, std::string> thermalLevels_;
-    std::deque<HistoryEntry> history_;
-    bool historyRecording_ = true;
-    std::deque<std::vector<DrelRequestData>> notifications_;
-    std::map<std::string, std::string> properties_;
-    std::map<int32_t, RuleState> rules_;
-    std::map<int32_t, int64_t> sysInfo_;
-    std::optional<FaultPlan> faultPlan_;
-    uint64_t faultCalls_ = 0;  // calls drawn since the plan was set
-    uint64_t faultsInjected_ = 0;
-
-    std::condition_variable expiryWake_;
-    bool stopping_ = false;
-    std::thread expiryThread_;
+    // The service's parts (resource table, listeners, records, diagnostics, fault plan), the
+    // mutex that guards them and the expiry thread; DrelService.cpp.
+    struct State;
+    std::unique_ptr<State> state_;
 };
 
 }  // namespace drel
