@@ -8,13 +8,13 @@ namespace aidl::vendor::quarn::hardware::drel::example {
 
 namespace {
 
-// 1 + (microseconds since boot mod INT32_MAX): from 1 to INT32_MAX.
+// 1 + (milliseconds since boot mod INT32_MAX): from 1 to INT32_MAX.
 int32_t firstOfNow() {
     timespec now{};
     clock_gettime(CLOCK_BOOTTIME, &now);
-    const uint64_t micros = static_cast<uint64_t>(now.tv_sec) * 1000000u +
-                            static_cast<uint64_t>(now.tv_nsec) / 1000u;
-    return static_cast<int32_t>(1 + micros % INT32_MAX);
+    const uint64_t millis = static_cast<uint64_t>(now.tv_sec) * 1000u +
+                            static_cast<uint64_t>(now.tv_nsec) / 1000000u;
+    return static_cast<int32_t>(1 + millis % INT32_MAX);
 }
 
 }  // namespace

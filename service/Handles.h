@@ -5,11 +5,11 @@
 // still hold a handle of an instance that has died (a request or registration that did not
 // survive a restart), so a later instance must not give that number to someone else: each
 // instance starts its numbering at the boot-time clock (CLOCK_BOOTTIME, which goes on across
-// restarts and suspend), one number per microsecond since boot. A restarted service therefore
+// restarts and suspend), one number per millisecond since boot. A restarted service therefore
 // starts past every handle an earlier instance of the same boot gave out, as long as that one
-// gave out fewer than one per microsecond of its life, which no binder service comes near. The
-// numbers come round after INT32_MAX microseconds (about 36 minutes) of boot time; a handle of a
-// long-dead instance can then be given again.
+// gave out fewer than one per millisecond of its life (a thousand a second, all its life long).
+// The numbers come round after INT32_MAX milliseconds (about 24.8 days) of boot time; a handle of
+// an instance that died that long before may then be given again.
 //
 // Not thread-safe: DrelService calls it under its own mutex.
 #pragma once

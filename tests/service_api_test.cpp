@@ -7,6 +7,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <thread>
 #include <tuple>
 
 #include "drel-service/DrelService.h"
@@ -117,6 +118,9 @@ TEST_F(ServiceApiTest, AHandleOfADeadInstanceIsUnknownToItsSuccessorAndEndsNothi
     ResourceList oldIds = {{kGpu, ""}}, newIds = {{kCpu, ""}};
     const int oldListener = Hal::drelResListeningRegister(oldIds, 0, std::make_shared<Reports>());
     const int oldRequest = QelResAcquire({{kCpu, "5"}}, 0, "", 0);
+    // The next instance numbers from the boot clock's milliseconds: on a device its start takes
+    // far longer than the old instance's two handles; here it is made to.
+    std::this_thread::sleep_for(std::chrono::milliseconds(3));
     restartService();
     auto listener = std::make_shared<Reports>();
     ASSERT_GT(Hal::drelResListeningRegister(newIds, 0, listener), 0);
