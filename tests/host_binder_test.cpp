@@ -9,6 +9,7 @@
 #include <cstring>
 #include <functional>
 #include <thread>
+#include <tuple>
 
 #include "support/service_fixture.h"
 
@@ -180,8 +181,20 @@ TEST(HostParcelTest, StringAllocatorsAreAskedForTheLengthWithTheTerminator) {
     }
 }
 
+// Element callbacks that a null array must not call.
+const char* noString(const void*, size_t, int32_t*) {
+    ADD_FAILURE() << "an element of a null array";
+    return "";
+}
+binder_status_t noParcelable(AParcel*, const void*, size_t) {
+    ADD_FAILURE() << "an element of a null array";
+    return STATUS_OK;
+}
+
 // The parcel's words as a device lays them out (arrays: length or -1, then elements; parcelables:
-// present, then size; strings in UTF-16). A write at an earlier position overwrites in place.
+// present, then size; strings in UTF-16). A write at an earlier position overwrites in place. A
+// length of -1 writes a null array whatever the data pointer is (aidl's helpers pass their own
+// object's address), without asking for an element.
 TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     ::ndk::ScopedAParcel parcel(AParcel_create());
     AParcel* p = parcel.get();
@@ -193,6 +206,9 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, std::vector<DrelRequestData>{data}));
     ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, strings));
     ASSERT_EQ(STATUS_OK, AParcel_writeBool(p, true));
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32Array(p, &data.resId, -1));
+    ASSERT_EQ(STATUS_OK, AParcel_writeStringArray(p, &strings, -1, noString));
+    ASSERT_EQ(STATUS_OK, AParcel_writeParcelableArray(p, &data, -1, noParcelable));
     const int32_t size = AParcel_getDataSize(p);
     AParcel_setDataPosition(p, 0);
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(p, 3));
@@ -201,8 +217,10 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     AParcel_setDataPosition(p, 0);
     std::vector<int32_t> words(static_cast<size_t>(size) / 4);
     for (int32_t& word : words) ASSERT_EQ(STATUS_OK, AParcel_readInt32(p, &word));
+    // clang-format off
     EXPECT_EQ(words, (std::vector<int32_t>{3, 1, 2, -1, 1, 1, 24, 8, 0, -1, -1, -1, 2, 2,
-                                           0x00620061, 0, -1, 1}));
+                                           0x00620061, 0, -1, 1, -1, -1, -1}));
+    // clang-format on
     EXPECT_EQ(STATUS_OK, AParcel_setDataPosition(p, size + 8)) << "past the end is no error";
     EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(p, &words[0]));
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(p, -1));
@@ -213,6 +231,16 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readStrings));
     EXPECT_EQ(std::vector<DrelRequestData>{data}, readData);
     EXPECT_EQ(strings, readStrings);
+    bool flag = false;
+    std::optional<std::vector<int32_t>> nullInts{{1}};
+    std::optional<std::vector<DrelRequestData>> nullData{{data}};
+    EXPECT_EQ(STATUS_OK, AParcel_readBool(p, &flag));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &nullInts));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readStrings));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &nullData));
+    EXPECT_EQ(std::make_tuple(true, false, false, false),
+              std::make_tuple(flag, nullInts.has_value(), readStrings.has_value(),
+                              nullData.has_value()));
 }
 
 // A reader takes the fields a record's size covers and moves to its end: an older reader skips a
