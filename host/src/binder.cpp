@@ -2,6 +2,7 @@
 // the service manager and the test-control calls. See runtime.h for the model.
 
 #include <android/binder_ibinder.h>
+#include <android/binder_ibinder_platform.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <android/binder_shell.h>

@@ -12,8 +12,9 @@
 //   runs on the thread that made that call (a nested transaction); any other transaction into the
 //   client process, and every death notice, runs on a thread of that process's binder thread
 //   pool (<android/binder_process.h>) while the sender waits: until the process has a pool, it
-//   waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF and FLAG_PRIVATE_VENDOR are
-//   STATUS_BAD_VALUE.
+//   waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF (declared, as on a device, in
+//   <android/binder_ibinder_platform.h>) and FLAG_PRIVATE_VENDOR (<android/binder_stability.h>)
+//   are STATUS_BAD_VALUE.
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
 // - Reference counts: AIBinder_new, the service manager's look-ups and Weak_promote return +1.
@@ -34,7 +35,7 @@ extern "C" {
 #endif
 
 typedef uint32_t binder_flags_t;
-enum { FLAG_ONEWAY = 0x01, FLAG_CLEAR_BUF = 0x20 };
+enum { FLAG_ONEWAY = 0x01 };
 
 typedef uint32_t transaction_code_t;
 enum {
