@@ -9,6 +9,7 @@
 #include <hostbinder/hostbinder.h>
 
 #include <cstdint>
+#include <cstdlib>
 #include <list>
 #include <memory>
 #include <optional>
@@ -108,7 +109,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         hostbinder::killService(kInstance);
         hostbinder::waitIdle();
         service = ::ndk::SharedRefBase::make<FuzzService>();
-        AServiceManager_addService(service->asBinder().get(), kInstance);
+        if (AServiceManager_addService(service->asBinder().get(), kInstance) != EX_NONE) {
+            std::abort();
+        }
     }
     service->in = &in;
     std::vector<int> registrations;

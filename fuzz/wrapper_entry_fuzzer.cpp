@@ -8,6 +8,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <cstdlib>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -96,7 +97,7 @@ const Entry kEntries[] = {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     ABinderProcess_startThreadPool();
     service = ::ndk::SharedRefBase::make<RecordingService>();
-    AServiceManager_addService(service->asBinder().get(), kInstance);
+    if (AServiceManager_addService(service->asBinder().get(), kInstance) != EX_NONE) std::abort();
     return 0;
 }
 

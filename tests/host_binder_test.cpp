@@ -132,10 +132,10 @@ TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesO
                     kept = cb;
                     return cb->onCallback({});  // nested
                 }));
-        AServiceManager_addService(service->asBinder().get(), kInstance);
+        bool ok = AServiceManager_addService(service->asBinder().get(), kInstance) == EX_NONE;
         auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
         int32_t handle = 0;
-        bool ok = connect()->thermalListeningRegister({1}, callback, &handle).isOk();
+        ok = connect()->thermalListeningRegister({1}, callback, &handle).isOk() && ok;
         std::atomic<bool> answered{false};
         std::thread reporter([&] {
             ok = kept->onCallback({}).isOk() && ok;

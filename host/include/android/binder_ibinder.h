@@ -18,6 +18,7 @@
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
 // - Reference counts: AIBinder_new, the service manager's look-ups and Weak_promote return +1.
+//   What the device marks warn_unused_result (constructors, look-ups, promote) is marked so here.
 // - AIBinder_dump runs the class's dump function in the binder's process (STATUS_OK without one).
 // What it leaves out: oneway semantics (a oneway call is answered like any other), extensions,
 // stability levels (AIBinder_markVintfStability is accepted and has no effect) and calling
@@ -61,11 +62,12 @@ typedef void (*AIBinder_DeathRecipient_onBinderDied)(void* cookie);
 AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
                                       AIBinder_Class_onCreate onCreate,
                                       AIBinder_Class_onDestroy onDestroy,
-                                      AIBinder_Class_onTransact onTransact);
+                                      AIBinder_Class_onTransact onTransact)
+        __attribute__((warn_unused_result));
 void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump);
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
 
-AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
+AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args) __attribute__((warn_unused_result));
 bool AIBinder_isRemote(const AIBinder* binder);
 bool AIBinder_isAlive(const AIBinder* binder);
 binder_status_t AIBinder_ping(AIBinder* binder);
@@ -87,11 +89,12 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in);
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in,
                                   AParcel** out, binder_flags_t flags);
 
-AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
+AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) __attribute__((warn_unused_result));
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);
-AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
+AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder) __attribute__((warn_unused_result));
 
-AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(AIBinder_DeathRecipient_onBinderDied onDied);
+AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(AIBinder_DeathRecipient_onBinderDied onDied)
+        __attribute__((warn_unused_result));
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient);
 
 #ifdef __cplusplus
