@@ -10,10 +10,11 @@
 // - AIBinder_transact on a proxy is synchronous. A transaction into a service runs on the calling
 //   thread; one that a service makes into a process while it handles that process's own call
 //   runs on the thread that made that call (a nested transaction); any other transaction into the
-//   client process, and every death notice, runs on a thread of that process's binder thread
-//   pool (<android/binder_process.h>) while the sender waits: until the process has a pool, it
-//   waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF (declared, as on a device, in
-//   <android/binder_ibinder_platform.h>) and FLAG_PRIVATE_VENDOR (<android/binder_stability.h>)
+//   client process, and every death notice (unless hostbinder::deliverDeathsInFailingCalls has
+//   them run inside the call that finds the service gone), runs on a thread of that process's
+//   binder thread pool (<android/binder_process.h>) while the sender waits: until the process has a
+//   pool, it waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF (declared, as on a device,
+//   in <android/binder_ibinder_platform.h>) and FLAG_PRIVATE_VENDOR (<android/binder_stability.h>)
 //   are STATUS_BAD_VALUE.
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
