@@ -92,6 +92,36 @@ TEST_F(FlatConnectionTest, DeathDropsTheProxyAndTheNextCallLinksANewRecipient) {
     EXPECT_EQ(1, log.count("Drel HAL Service died")) << "the new connection is linked to death";
 }
 
+// A call in flight when the service dies fails once: its death notice logs the death line (on a
+// binder thread, or inside the call on the caller's thread holding the connection lock, as an RPC
+// transport delivers it), the call's failure resets, and the next call reconnects once.
+TEST_F(FlatConnectionTest, ACallInFlightWhenTheServiceDiesResetsOnceWhereverTheNoticeRuns) {
+    for (bool insideTheCall : {false, true}) {
+        SCOPED_TRACE(insideTheCall ? "notice inside the failing call"
+                                   : "notice on a binder thread");
+        hostbinder::deliverDeathsInFailingCalls(insideTheCall);
+        EXPECT_CALL(*service, init()).WillOnce([] {
+            hostbinder::killService(kInstance);
+            return ::ndk::ScopedAStatus::ok();
+        });
+        EXPECT_EQ(-2, returnsOrExits(qelInit));
+        hostbinder::waitIdle();
+        if (insideTheCall) {
+            EXPECT_EQ(kDied, log.lines().at(1)) << "logged inside the call";
+        }
+        EXPECT_EQ(1, log.count("Drel HAL Service died"));
+        EXPECT_EQ(1, log.count("drel_init() failed : drel HAL service not available"));
+        EXPECT_FALSE(qelConnected());
+        startService();
+        EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
+        const int lookups = hostbinder::serviceManagerCalls();
+        EXPECT_EQ(0, qelInit());
+        EXPECT_EQ(0, qelInit());
+        EXPECT_EQ(lookups + 2, hostbinder::serviceManagerCalls()) << "one reconnect";
+        log.clear();
+    }
+}
+
 TEST_F(FlatConnectionTest, FlatAndClassConnectionsFailAndReconnectIndependently) {
     EXPECT_CALL(*service, init())
             .WillOnce(ReturnOk())
