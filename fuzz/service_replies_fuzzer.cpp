@@ -9,7 +9,6 @@
 #include <hostbinder/hostbinder.h>
 
 #include <cstdint>
-#include <cstdlib>
 #include <list>
 #include <memory>
 #include <optional>
@@ -109,9 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         hostbinder::killService(kInstance);
         hostbinder::waitIdle();
         service = ::ndk::SharedRefBase::make<FuzzService>();
-        if (AServiceManager_addService(service->asBinder().get(), kInstance) != EX_NONE) {
-            std::abort();
-        }
+        if (AServiceManager_addService(service->asBinder().get(), kInstance)) __builtin_trap();
     }
     service->in = &in;
     std::vector<int> registrations;

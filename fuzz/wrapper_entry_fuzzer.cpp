@@ -8,7 +8,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <cstdlib>
 #include <iterator>
 #include <string>
 #include <vector>
@@ -97,7 +96,7 @@ const Entry kEntries[] = {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     ABinderProcess_startThreadPool();
     service = ::ndk::SharedRefBase::make<RecordingService>();
-    if (AServiceManager_addService(service->asBinder().get(), kInstance) != EX_NONE) std::abort();
+    if (AServiceManager_addService(service->asBinder().get(), kInstance)) __builtin_trap();
     return 0;
 }
 

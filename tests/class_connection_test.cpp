@@ -72,37 +72,6 @@ TEST_F(ClassConnectionTest, ReconnectsAfterServiceDeathWithoutCallerAction) {
     EXPECT_EQ(1, log.count("Drel HAL Service died"));
 }
 
-// A call in flight when the service dies fails once: its death notice logs the death line (on a
-// binder thread, or inside the call on the caller's thread holding the connection lock, as an RPC
-// transport delivers it), the call's failure resets, and the next call reconnects once.
-TEST_F(ClassConnectionTest, ACallInFlightWhenTheServiceDiesResetsOnceWhereverTheNoticeRuns) {
-    for (bool insideTheCall : {false, true}) {
-        SCOPED_TRACE(insideTheCall ? "notice inside the failing call"
-                                   : "notice on a binder thread");
-        hostbinder::deliverDeathsInFailingCalls(insideTheCall);
-        EXPECT_CALL(*service, init()).WillOnce([] {
-            hostbinder::killService(kInstance);
-            return ::ndk::ScopedAStatus::ok();
-        });
-        returnsOrExits(Hal::drel_init);
-        hostbinder::waitIdle();
-        if (insideTheCall) {
-            EXPECT_EQ(error("Drel HAL Service died"), log.lines().at(1))
-                    << "logged inside the call";
-        }
-        EXPECT_EQ(1, log.count("Drel HAL Service died"));
-        EXPECT_EQ(1, log.count("drel_init() failed: drel HAL service not available"));
-        EXPECT_FALSE(classConnected());
-        startService();
-        EXPECT_CALL(*service, init()).Times(2).WillRepeatedly(ReturnOk());
-        const int lookups = hostbinder::serviceManagerCalls();
-        Hal::drel_init();
-        Hal::drel_init();
-        EXPECT_EQ(lookups + 2, hostbinder::serviceManagerCalls()) << "one reconnect";
-        log.clear();
-    }
-}
-
 TEST_F(ClassConnectionTest, DeclaredServiceThatIsNotRunningMakesDrelInitWaitForIt) {
     hostbinder::reset();
     hostbinder::declareService(kInstance);

@@ -8,10 +8,6 @@
 #include <gtest/gtest.h>
 #include <hostbinder/hostbinder.h>
 
-#include <chrono>
-#include <cstdio>
-#include <cstdlib>
-#include <future>
 #include <memory>
 #include <optional>
 #include <ostream>
@@ -73,20 +69,6 @@ inline DrelRequestData wireRecord(int32_t id, int32_t param = 0,
 }
 
 inline constexpr const char* kInstance = "vendor.quarn.hardware.drel.IDrel/default";
-
-// Runs `call` on a thread of its own and returns its result. One that has not returned after a
-// minute is taken to wait for itself (a deadlock nothing in the process can end): the test
-// program ends failed then, instead of hanging the suite.
-template <typename Call>
-auto returnsOrExits(Call call) {
-    auto result = std::async(std::launch::async, std::move(call));
-    if (result.wait_for(std::chrono::minutes(1)) != std::future_status::ready) {
-        std::fprintf(stderr, "%s: a call never returned\n",
-                     ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        std::_Exit(1);
-    }
-    return result.get();
-}
 
 class ServiceFixture : public ::testing::Test {
 protected:
