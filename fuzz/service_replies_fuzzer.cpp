@@ -108,7 +108,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
         hostbinder::killService(kInstance);
         hostbinder::waitIdle();
         service = ::ndk::SharedRefBase::make<FuzzService>();
-        AServiceManager_addService(service->asBinder().get(), kInstance);
+        if (AServiceManager_addService(service->asBinder().get(), kInstance)) __builtin_trap();
     }
     service->in = &in;
     std::vector<int> registrations;

@@ -96,7 +96,7 @@ const Entry kEntries[] = {
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
     ABinderProcess_startThreadPool();
     service = ::ndk::SharedRefBase::make<RecordingService>();
-    AServiceManager_addService(service->asBinder().get(), kInstance);
+    if (AServiceManager_addService(service->asBinder().get(), kInstance)) __builtin_trap();
     return 0;
 }
 

@@ -99,6 +99,16 @@ void resetAfterFailure(const HalConnection& connection, const char* name) {
     }
 }
 
+void resetAfterDeath(const HalConnection& connection) {
+    if (holds(&connection.lock)) {
+        __android_log_print(ANDROID_LOG_ERROR, connection.tag, "Drel HAL Service died");
+        return;
+    }
+    std::unique_lock<std::shared_timed_mutex> lock(connection.lock);
+    connection.hal = nullptr;
+    __android_log_print(ANDROID_LOG_ERROR, connection.tag, "Drel HAL Service died");
+}
+
 NestableLock::NestableLock(std::mutex& mutex) : mMutex(mutex) {
     if (holds(&mutex)) return;
     mMutex.lock();

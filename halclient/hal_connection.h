@@ -4,7 +4,8 @@
 // Each API keeps its own proxy pointer and reader-writer lock. Calls hold the lock shared, so
 // they run in parallel; connecting, resetting after a failed call and the death notification
 // hold it exclusively, so they wait for the calls in flight. The exclusive side is only taken
-// after the shared side has been released.
+// after the shared side has been released: a death notice that a transport runs inside a call
+// on the calling thread (RPC binder does) leaves the reset to that call's failure.
 //
 // Calls made from inside a call. A service that calls back into this process while it handles
 // one of the process's synchronous calls (a report sent from inside listeningRegister or
@@ -69,6 +70,13 @@ int connectLocked(std::shared_ptr<IDrel>& hal, ndk::ScopedAIBinder_DeathRecipien
 // Logs the failure line of `name` and clears the proxy so that the next call reconnects; while
 // this thread holds a library lock the reset waits until it holds none.
 void resetAfterFailure(const HalConnection& connection, const char* name);
+
+// The death notice of the service: clears the proxy so that the next call reconnects and logs
+// "Drel HAL Service died". A transport may run the notice on the thread whose call found the
+// service gone, inside that call, which holds this connection's lock shared: there it only logs,
+// since taking the lock exclusively would wait for that very hold, and leaves the reset to the
+// call's own failure, which makes it once the shared hold is released.
+void resetAfterDeath(const HalConnection& connection);
 
 // A mutex of the library that a caller's callback, run on this thread while the mutex is held,
 // may ask for again: the inner request uses the outer hold instead of locking twice.

@@ -18,11 +18,7 @@ static ndk::ScopedAIBinder_DeathRecipient g_drel_death_recipient;
 namespace {
 
 void drel_hal_died(void* /*cookie*/) {
-    std::unique_lock<std::shared_timed_mutex> lock(g_drel_hal_lock);
-    std::shared_ptr<::aidl::vendor::quarn::hardware::drel::IDrel> dead = std::move(g_drel_hal);
-    g_drel_hal = nullptr;
-    dead.reset();
-    DREL_LOGE("Drel HAL Service died");
+    qel_internal::resetAfterDeath(qel_internal::kDrelConnection);
 }
 
 // Connects g_drel_hal if the service can be reached. Waits for a declared service to start,

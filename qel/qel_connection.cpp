@@ -18,9 +18,7 @@ std::shared_timed_mutex g_qel_hal_lock;
 static ndk::ScopedAIBinder_DeathRecipient g_qel_death_recipient;
 
 void qel_hal_died(void* /*cookie*/) {
-    std::unique_lock<std::shared_timed_mutex> lock(g_qel_hal_lock);
-    g_qel_hal = nullptr;
-    QEL_LOGE("Drel HAL Service died");
+    qel_internal::resetAfterDeath(qel_internal::kQelConnection);
 }
 
 int qel_get_drel_hal_and_link_to_death() {

@@ -1,5 +1,6 @@
 // The flat API's connection: qelInit, the non-blocking connect, the failure line and reset of
-// every entry point, death and reconnect, and its independence from the class API's connection.
+// every entry point, death and reconnect (also, for both APIs, of a call in flight when the
+// service dies), and its independence from the class API's connection.
 
 #include <android/binder_manager.h>
 #include <gtest/gtest.h>
@@ -7,6 +8,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdlib>
 #include <future>
 #include <thread>
 
@@ -90,6 +92,36 @@ TEST_F(FlatConnectionTest, DeathDropsTheProxyAndTheNextCallLinksANewRecipient) {
     EXPECT_EQ(log.lines(), std::vector<LogLine>{kInitEnter}) << "reconnected before calling";
     killService();
     EXPECT_EQ(1, log.count("Drel HAL Service died")) << "the new connection is linked to death";
+}
+
+// A call in flight when the service dies fails once, in either API, wherever its death notice
+// runs: on a binder thread, or inside the call on its thread, which holds the connection lock
+// shared (as RPC binder runs it). One death line, then one reconnect.
+TEST_F(FlatConnectionTest, ACallInFlightWhenTheServiceDiesResetsOnceWhereverItsNoticeRuns) {
+    for (int (*call)() : {+[] { return (drelHalclient::drel_init(), 0); }, qelInit}) {
+        for (bool inCall : {false, true}) {
+            SCOPED_TRACE((call == qelInit ? "flat API" : "class API") +
+                         std::string(inCall ? " in call" : ""));
+            SetUp();  // neither API connected
+            hostbinder::deliverDeathsInFailingCalls(inCall);
+            EXPECT_CALL(*service, init()).WillOnce([] {
+                hostbinder::killService(kInstance);
+                return ::ndk::ScopedAStatus::ok();
+            });
+            auto done = std::async(std::launch::async, call);
+            if (done.wait_for(std::chrono::minutes(1)) != std::future_status::ready) {
+                ADD_FAILURE() << "a death notice waits for its own thread's lock: ending the tests";
+                std::_Exit(1);  // nothing can end that thread
+            }
+            hostbinder::waitIdle();
+            EXPECT_EQ(1, log.count(kDied.message));
+            EXPECT_TRUE(!inCall || log.lines().at(1).message == kDied.message) << "inside the call";
+            startService();
+            EXPECT_CALL(*service, init()).WillOnce(ReturnOk());
+            call();
+            EXPECT_EQ(4, hostbinder::serviceManagerCalls()) << "connected, then reconnected once";
+        }
+    }
 }
 
 TEST_F(FlatConnectionTest, FlatAndClassConnectionsFailAndReconnectIndependently) {

@@ -131,10 +131,10 @@ TEST(HostBinderDeathTest, AReportFromTheServicesThreadWaitsForThePoolAndArrivesO
                     kept = cb;
                     return cb->onCallback({});  // nested
                 }));
-        AServiceManager_addService(service->asBinder().get(), kInstance);
+        bool ok = AServiceManager_addService(service->asBinder().get(), kInstance) == EX_NONE;
         auto callback = ::ndk::SharedRefBase::make<RecordingCallback>();
         int32_t handle = 0;
-        bool ok = connect()->thermalListeningRegister({1}, callback, &handle).isOk();
+        ok = connect()->thermalListeningRegister({1}, callback, &handle).isOk() && ok;
         std::atomic<bool> answered{false};
         std::thread reporter([&] {
             ok = kept->onCallback({}).isOk() && ok;
@@ -181,7 +181,9 @@ TEST(HostParcelTest, StringAllocatorsAreAskedForTheLengthWithTheTerminator) {
 }
 
 // The parcel's words as a device lays them out (arrays: length or -1, then elements; parcelables:
-// present, then size; strings in UTF-16). A write at an earlier position overwrites in place.
+// present, then size; strings in UTF-16). A write at an earlier position overwrites in place. A
+// length of -1 writes a null array whatever the data pointer is (aidl's helpers pass their own
+// object's address), without asking for an element.
 TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     ::ndk::ScopedAParcel parcel(AParcel_create());
     AParcel* p = parcel.get();
@@ -193,6 +195,11 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, std::vector<DrelRequestData>{data}));
     ASSERT_EQ(STATUS_OK, ::ndk::AParcel_writeVector(p, strings));
     ASSERT_EQ(STATUS_OK, AParcel_writeBool(p, true));
+    auto noString = [](const void*, size_t, int32_t*) -> const char* { return nullptr; };
+    auto noRecord = [](AParcel*, const void*, size_t) -> binder_status_t { return STATUS_NO_INIT; };
+    ASSERT_EQ(STATUS_OK, AParcel_writeInt32Array(p, &data.resId, -1));
+    ASSERT_EQ(STATUS_OK, AParcel_writeStringArray(p, &strings, -1, noString));
+    ASSERT_EQ(STATUS_OK, AParcel_writeParcelableArray(p, &data, -1, noRecord));
     const int32_t size = AParcel_getDataSize(p);
     AParcel_setDataPosition(p, 0);
     ASSERT_EQ(STATUS_OK, AParcel_writeInt32(p, 3));
@@ -201,8 +208,10 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     AParcel_setDataPosition(p, 0);
     std::vector<int32_t> words(static_cast<size_t>(size) / 4);
     for (int32_t& word : words) ASSERT_EQ(STATUS_OK, AParcel_readInt32(p, &word));
+    // clang-format off
     EXPECT_EQ(words, (std::vector<int32_t>{3, 1, 2, -1, 1, 1, 24, 8, 0, -1, -1, -1, 2, 2,
-                                           0x00620061, 0, -1, 1}));
+                                           0x00620061, 0, -1, 1, -1, -1, -1}));
+    // clang-format on
     EXPECT_EQ(STATUS_OK, AParcel_setDataPosition(p, size + 8)) << "past the end is no error";
     EXPECT_EQ(STATUS_NOT_ENOUGH_DATA, AParcel_readInt32(p, &words[0]));
     EXPECT_EQ(STATUS_BAD_VALUE, AParcel_setDataPosition(p, -1));
@@ -213,6 +222,13 @@ TEST(HostParcelTest, ValuesLieAtThePositionInTheDevicesLayout) {
     EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readStrings));
     EXPECT_EQ(std::vector<DrelRequestData>{data}, readData);
     EXPECT_EQ(strings, readStrings);
+    std::optional<std::vector<int32_t>> ints{{1}};
+    std::optional<std::vector<DrelRequestData>> records{{data}};
+    AParcel_setDataPosition(p, size - 12);
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &ints));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &readStrings));
+    EXPECT_EQ(STATUS_OK, ::ndk::AParcel_readVector(p, &records));
+    EXPECT_FALSE(ints || readStrings || records) << "null arrays read back as null";
 }
 
 // A reader takes the fields a record's size covers and moves to its end: an older reader skips a

@@ -2,6 +2,7 @@
 // the service manager and the test-control calls. See runtime.h for the model.
 
 #include <android/binder_ibinder.h>
+#include <android/binder_ibinder_platform.h>
 #include <android/binder_manager.h>
 #include <android/binder_process.h>
 #include <android/binder_shell.h>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <iterator>
 #include <map>
 #include <set>
 #include <thread>
@@ -142,14 +144,30 @@ private:
     bool mWarned = false;
 };
 
+// The obituaries of one dead proxy: its links in link order, for its owner process.
+struct Obituaries {
+    std::shared_ptr<Process> owner;
+    std::shared_ptr<Process> dead;  // the process that died
+    struct Death {
+        std::weak_ptr<bool> alive;
+        AIBinder_DeathRecipient_onBinderDied onDied;
+        void* cookie;
+    };
+    std::vector<Death> deaths;
+};
+
 struct Runtime {
-    std::mutex mutex;  // proxies, links, services, declarations
+    std::mutex mutex;  // proxies, links, services, declarations, waiting obituaries
     std::condition_variable serviceAdded;
     std::shared_ptr<Process> main = std::make_shared<Process>();
     std::vector<ABpBinder*> proxies;
     std::map<std::string, ServiceEntry> services;
     std::set<std::string> declared;
     std::set<std::string> dieAtLink;  // services that die at the next link to their binder
+    // Set by deliverDeathsInFailingCalls: obituaries wait in `waitingDeaths` for a call that
+    // finds their process dead instead of going to the pool.
+    bool deathsInCalls = false;
+    std::vector<Obituaries> waitingDeaths;
     std::atomic<int> lookups{0};
     BinderThreadPool pool;
 
@@ -222,19 +240,45 @@ std::shared_ptr<bool> lockAlive(const std::weak_ptr<bool>& alive) {
     return alive.lock();
 }
 
+// Calls the recipients of one dead proxy, in link order, on this thread, in their owner process.
+void deliver(const Obituaries& dead) {
+    runAsShared(dead.owner, [&] {
+        for (const auto& death : dead.deaths) {
+            std::shared_ptr<bool> alive = lockAlive(death.alive);
+            if (alive) death.onDied(death.cookie);
+        }
+    });
+}
+
+// As libbinder sends them: one job per dead proxy, whose recipients are called one after another
+// on that one binder thread.
+void postToPool(std::vector<Obituaries> obituaries) {
+    for (Obituaries& dead : obituaries) {
+        rt().pool.post([dead = std::move(dead)] { deliver(dead); });
+    }
+}
+
+// A call of this thread found `proc` dead: with deaths delivered in failing calls, the
+// obituaries of this process's proxies of `proc` that still wait run here, inside the call, as
+// an RPC transport runs them on the thread that finds its session gone.
+void deliverInFailingCall(const std::shared_ptr<Process>& proc) {
+    const std::shared_ptr<Process> caller = currentProcessShared();
+    std::vector<Obituaries> mine;
+    {
+        std::lock_guard<std::mutex> l(rt().mutex);
+        auto& waiting = rt().waitingDeaths;
+        auto ours = std::stable_partition(waiting.begin(), waiting.end(), [&](const Obituaries& o) {
+            return o.owner != caller || o.dead != proc;
+        });
+        std::move(ours, waiting.end(), std::back_inserter(mine));
+        waiting.erase(ours, waiting.end());
+    }
+    for (const Obituaries& dead : mine) deliver(dead);
+}
+
 void killProcess(const std::shared_ptr<Process>& proc) {
     Runtime& r = rt();
     std::vector<ABpBinder*> affected;
-    // The obituaries of one dead proxy: its links in link order, for its owner process.
-    struct Obituaries {
-        std::shared_ptr<Process> owner;
-        struct Death {
-            std::weak_ptr<bool> alive;
-            AIBinder_DeathRecipient_onBinderDied onDied;
-            void* cookie;
-        };
-        std::vector<Death> deaths;
-    };
     std::vector<Obituaries> obituaries;
     {
         std::lock_guard<std::mutex> l(r.mutex);
@@ -245,7 +289,7 @@ void killProcess(const std::shared_ptr<Process>& proc) {
             if (!proxy->tryIncStrong()) continue;
             affected.push_back(proxy);
             if (!targetDied || proxy->links.empty()) continue;
-            Obituaries dead{proxy->owner, {}};
+            Obituaries dead{proxy->owner, proc, {}};
             for (const DeathLink& link : proxy->links) {
                 link.recipient->forgetOneLink(proxy);
                 dead.deaths.push_back({link.recipient->alive, link.recipient->onDied, link.cookie});
@@ -255,18 +299,14 @@ void killProcess(const std::shared_ptr<Process>& proc) {
         }
     }
     for (ABpBinder* proxy : affected) proxy->die();
-    // As libbinder sends them: one job per dead proxy, whose recipients are called one after
-    // another in link order on that one binder thread.
-    for (Obituaries& dead : obituaries) {
-        r.pool.post([dead = std::move(dead)] {
-            runAsShared(dead.owner, [&] {
-                for (const auto& death : dead.deaths) {
-                    std::shared_ptr<bool> alive = lockAlive(death.alive);
-                    if (alive) death.onDied(death.cookie);
-                }
-            });
-        });
+    {
+        std::lock_guard<std::mutex> l(r.mutex);
+        if (r.deathsInCalls) {
+            std::move(obituaries.begin(), obituaries.end(), std::back_inserter(r.waitingDeaths));
+            obituaries.clear();
+        }
     }
+    postToPool(std::move(obituaries));
     for (ABpBinder* proxy : affected) proxy->decStrong();
 }
 
@@ -311,7 +351,18 @@ void killService(const char* instance) {
     entry.binder->decStrong();
 }
 
+void deliverDeathsInFailingCalls(bool enabled) {
+    std::vector<Obituaries> waiting;
+    {
+        std::lock_guard<std::mutex> l(rt().mutex);
+        rt().deathsInCalls = enabled;
+        if (!enabled) waiting.swap(rt().waitingDeaths);
+    }
+    postToPool(std::move(waiting));
+}
+
 void reset() {
+    deliverDeathsInFailingCalls(false);
     std::vector<std::string> names;
     {
         std::lock_guard<std::mutex> l(rt().mutex);
@@ -605,9 +656,12 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
     }
 
     auto* proxy = static_cast<ABpBinder*>(binder);
-    ABBinder* target = proxy->acquireTarget();
-    if (target == nullptr) return STATUS_DEAD_OBJECT;
     const std::shared_ptr<hostbinder::Process>& home = proxy->targetProcess;
+    ABBinder* target = proxy->acquireTarget();
+    if (target == nullptr) {
+        hostbinder::deliverInFailingCall(home);
+        return STATUS_DEAD_OBJECT;
+    }
     binder_status_t status = STATUS_OK;
     auto call = [&] {
         status = target->clazz.load()->onTransact(target, code, request.get(), reply.get());
@@ -634,7 +688,10 @@ binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, APa
         hostbinder::runAsShared(home, call);
     }
     target->decStrong();
-    if (home->dead) return STATUS_DEAD_OBJECT;  // the process died before it could reply
+    if (home->dead) {  // the process died before it could reply
+        hostbinder::deliverInFailingCall(home);
+        return STATUS_DEAD_OBJECT;
+    }
     reply->position = 0;
     if (status == STATUS_OK) *out = reply.release();
     return status;

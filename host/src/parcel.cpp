@@ -143,9 +143,10 @@ std::optional<std::u16string> readString16(const AParcel* parcel) {
     return text;
 }
 
-binder_status_t writeArrayLength(AParcel* parcel, bool isNull, int32_t length) {
-    if (length < -1 || (!isNull && length < 0)) return STATUS_BAD_VALUE;
-    if (isNull && length > 0) return STATUS_UNEXPECTED_NULL;
+// The length of an array: -1 is a null array, whatever the data pointer is (the NDK's C++
+// helpers pass the address of their own empty std::optional with -1).
+binder_status_t writeArrayLength(AParcel* parcel, int32_t length) {
+    if (length < -1) return STATUS_BAD_VALUE;
     return writeValue(parcel, length);
 }
 
@@ -327,7 +328,8 @@ binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
 }
 
 binder_status_t AParcel_writeInt32Array(AParcel* parcel, const int32_t* arrayData, int32_t length) {
-    binder_status_t status = writeArrayLength(parcel, arrayData == nullptr, length);
+    if (arrayData == nullptr && length > 0) return STATUS_UNEXPECTED_NULL;
+    binder_status_t status = writeArrayLength(parcel, length);
     if (status != STATUS_OK || length <= 0) return status;
     const size_t bytes = static_cast<size_t>(length) * sizeof(int32_t);
     std::memcpy(writeRoom(parcel, bytes), arrayData, bytes);
@@ -351,7 +353,7 @@ binder_status_t AParcel_readInt32Array(const AParcel* parcel, void* arrayData,
 
 binder_status_t AParcel_writeStringArray(AParcel* parcel, const void* arrayData, int32_t length,
                                          AParcel_stringArrayElementGetter getter) {
-    binder_status_t status = writeArrayLength(parcel, arrayData == nullptr, length);
+    binder_status_t status = writeArrayLength(parcel, length);
     for (int32_t i = 0; status == STATUS_OK && i < length; ++i) {
         int32_t elementLength = 0;
         const char* element = getter(arrayData, static_cast<size_t>(i), &elementLength);
@@ -386,7 +388,7 @@ binder_status_t AParcel_readStringArray(const AParcel* parcel, void* arrayData,
 
 binder_status_t AParcel_writeParcelableArray(AParcel* parcel, const void* arrayData, int32_t length,
                                              AParcel_writeParcelableElement elementWriter) {
-    binder_status_t status = writeArrayLength(parcel, arrayData == nullptr, length);
+    binder_status_t status = writeArrayLength(parcel, length);
     for (int32_t i = 0; status == STATUS_OK && i < length; ++i) {
         status = elementWriter(parcel, arrayData, static_cast<size_t>(i));
     }

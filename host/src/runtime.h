@@ -12,7 +12,9 @@
 // binder's nested transaction does. Any other call into the main process (a service reporting
 // from a thread of its own) and death notifications run on the main process's binder thread
 // pool, and wait until the process has started one. The death notifications of one dead proxy are
-// one job: its recipients are called in link order, one after another, on one binder thread.
+// one job: its recipients are called in link order, one after another, on one binder thread. A
+// test may have them delivered as an RPC transport does instead (deliverDeathsInFailingCalls):
+// on the thread of the next call of their process that finds the dead process gone, inside it.
 #pragma once
 
 #include <android/binder_ibinder.h>

@@ -10,13 +10,16 @@
 // - AIBinder_transact on a proxy is synchronous. A transaction into a service runs on the calling
 //   thread; one that a service makes into a process while it handles that process's own call
 //   runs on the thread that made that call (a nested transaction); any other transaction into the
-//   client process, and every death notice, runs on a thread of that process's binder thread
-//   pool (<android/binder_process.h>) while the sender waits: until the process has a pool, it
-//   waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF and FLAG_PRIVATE_VENDOR are
-//   STATUS_BAD_VALUE.
+//   client process, and every death notice (unless hostbinder::deliverDeathsInFailingCalls has
+//   them run inside the call that finds the service gone), runs on a thread of that process's
+//   binder thread pool (<android/binder_process.h>) while the sender waits: until the process has a
+//   pool, it waits for one. Flags other than FLAG_ONEWAY, FLAG_CLEAR_BUF (declared, as on a device,
+//   in <android/binder_ibinder_platform.h>) and FLAG_PRIVATE_VENDOR (<android/binder_stability.h>)
+//   are STATUS_BAD_VALUE.
 // - AIBinder_linkToDeath gives STATUS_INVALID_OPERATION on a local binder, STATUS_DEAD_OBJECT on a
 //   dead one, STATUS_UNEXPECTED_NULL on null arguments; deleting a recipient drops its links.
 // - Reference counts: AIBinder_new, the service manager's look-ups and Weak_promote return +1.
+//   What the device marks warn_unused_result (constructors, look-ups, promote) is marked so here.
 // - AIBinder_dump runs the class's dump function in the binder's process (STATUS_OK without one).
 // What it leaves out: oneway semantics (a oneway call is answered like any other), extensions,
 // stability levels (AIBinder_markVintfStability is accepted and has no effect) and calling
@@ -34,7 +37,7 @@ extern "C" {
 #endif
 
 typedef uint32_t binder_flags_t;
-enum { FLAG_ONEWAY = 0x01, FLAG_CLEAR_BUF = 0x20 };
+enum { FLAG_ONEWAY = 0x01 };
 
 typedef uint32_t transaction_code_t;
 enum {
@@ -60,11 +63,12 @@ typedef void (*AIBinder_DeathRecipient_onBinderDied)(void* cookie);
 AIBinder_Class* AIBinder_Class_define(const char* interfaceDescriptor,
                                       AIBinder_Class_onCreate onCreate,
                                       AIBinder_Class_onDestroy onDestroy,
-                                      AIBinder_Class_onTransact onTransact);
+                                      AIBinder_Class_onTransact onTransact)
+        __attribute__((warn_unused_result));
 void AIBinder_Class_setOnDump(AIBinder_Class* clazz, AIBinder_onDump onDump);
 const char* AIBinder_Class_getDescriptor(const AIBinder_Class* clazz);
 
-AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args);
+AIBinder* AIBinder_new(const AIBinder_Class* clazz, void* args) __attribute__((warn_unused_result));
 bool AIBinder_isRemote(const AIBinder* binder);
 bool AIBinder_isAlive(const AIBinder* binder);
 binder_status_t AIBinder_ping(AIBinder* binder);
@@ -86,11 +90,12 @@ binder_status_t AIBinder_prepareTransaction(AIBinder* binder, AParcel** in);
 binder_status_t AIBinder_transact(AIBinder* binder, transaction_code_t code, AParcel** in,
                                   AParcel** out, binder_flags_t flags);
 
-AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder);
+AIBinder_Weak* AIBinder_Weak_new(AIBinder* binder) __attribute__((warn_unused_result));
 void AIBinder_Weak_delete(AIBinder_Weak* weakBinder);
-AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder);
+AIBinder* AIBinder_Weak_promote(AIBinder_Weak* weakBinder) __attribute__((warn_unused_result));
 
-AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(AIBinder_DeathRecipient_onBinderDied onDied);
+AIBinder_DeathRecipient* AIBinder_DeathRecipient_new(AIBinder_DeathRecipient_onBinderDied onDied)
+        __attribute__((warn_unused_result));
 void AIBinder_DeathRecipient_delete(AIBinder_DeathRecipient* recipient);
 
 #ifdef __cplusplus

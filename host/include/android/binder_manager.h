@@ -13,10 +13,11 @@
 extern "C" {
 #endif
 
-binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance);
-AIBinder* AServiceManager_checkService(const char* instance);
-AIBinder* AServiceManager_getService(const char* instance);
-AIBinder* AServiceManager_waitForService(const char* instance);
+binder_exception_t AServiceManager_addService(AIBinder* binder, const char* instance)
+        __attribute__((warn_unused_result));
+AIBinder* AServiceManager_checkService(const char* instance) __attribute__((warn_unused_result));
+AIBinder* AServiceManager_getService(const char* instance) __attribute__((warn_unused_result));
+AIBinder* AServiceManager_waitForService(const char* instance) __attribute__((warn_unused_result));
 bool AServiceManager_isDeclared(const char* instance);
 
 #ifdef __cplusplus

@@ -63,8 +63,9 @@ binder_status_t AParcel_writeString(AParcel* parcel, const char* string, int32_t
 binder_status_t AParcel_readString(const AParcel* parcel, void* stringData,
                                    AParcel_stringAllocator allocator);
 
-// Arrays: arrayData null only with length -1 (a null array); a null array reads back as a call
-// of the allocator with -1.
+// Arrays: length -1 writes a null array whatever arrayData is, and the element getter or writer
+// is not called; arrayData may be null also for length 0. A null array reads back as a call of
+// the allocator with -1, which records it and returns true.
 binder_status_t AParcel_writeInt32Array(AParcel* parcel, const int32_t* arrayData, int32_t length);
 binder_status_t AParcel_readInt32Array(const AParcel* parcel, void* arrayData,
                                        AParcel_int32ArrayAllocator allocator);

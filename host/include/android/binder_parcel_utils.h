@@ -84,9 +84,19 @@ inline const std::string* stringOf(const std::string& str) {
 inline const std::string* stringOf(const std::optional<std::string>& str) {
     return str ? &*str : nullptr;
 }
-template <typename S>
+// The elements of an array's own object: a vector, or an engaged optional one.
+template <typename T>
+const std::vector<T>& elementsOf(const std::vector<T>& vec) {
+    return vec;
+}
+template <typename T>
+const std::vector<T>& elementsOf(const OptionalVector<T>& vec) {
+    return *vec;
+}
+// Element getters and writers get the address of the array's own object (`C`), as arrayData.
+template <typename C>
 const char* stringElementGetter(const void* data, size_t index, int32_t* length) {
-    const std::string* str = stringOf((*static_cast<const std::vector<S>*>(data))[index]);
+    const std::string* str = stringOf(elementsOf(*static_cast<const C*>(data))[index]);
     *length = str ? static_cast<int32_t>(str->size()) : -1;
     return str ? str->c_str() : nullptr;
 }
@@ -154,25 +164,36 @@ binder_status_t AParcel_readNullableParcelable(const AParcel* parcel, std::optio
 }
 
 namespace parcel_detail {
-template <typename P>
+template <typename C>
 binder_status_t parcelableElementWriter(AParcel* parcel, const void* data, size_t index) {
-    return AParcel_writeParcelable(parcel, (*static_cast<const std::vector<P>*>(data))[index]);
+    return AParcel_writeParcelable(parcel, elementsOf(*static_cast<const C*>(data))[index]);
 }
 template <typename P>
 binder_status_t parcelableElementReader(const AParcel* parcel, void* data, size_t index) {
     return AParcel_readParcelable(parcel, &(**static_cast<OptionalVector<P>*>(data))[index]);
 }
 
-// A vector, or a null one for a null pointer.
+inline bool isNull(const void*) {
+    return false;
+}
 template <typename T>
-binder_status_t writeArray(AParcel* parcel, const std::vector<T>* vec) {
-    const int32_t length = vec ? static_cast<int32_t>(vec->size()) : -1;
+bool isNull(const OptionalVector<T>* vec) {
+    return !vec->has_value();
+}
+
+// A vector, or a null one for an empty optional. As the NDK's helpers do, strings and
+// parcelables pass the address of the caller's own object (never null) with the length, -1 for
+// null; int32 arrays pass their data, null for a null array.
+template <typename T, typename C>
+binder_status_t writeArray(AParcel* parcel, const C& vec) {
+    const int32_t length = isNull(&vec) ? -1 : static_cast<int32_t>(elementsOf(vec).size());
     if constexpr (std::is_same_v<T, int32_t>) {
-        return AParcel_writeInt32Array(parcel, vec ? vec->data() : nullptr, length);
+        return AParcel_writeInt32Array(parcel, length < 0 ? nullptr : elementsOf(vec).data(),
+                                       length);
     } else if constexpr (kIsString<T>) {
-        return AParcel_writeStringArray(parcel, vec, length, stringElementGetter<T>);
+        return AParcel_writeStringArray(parcel, &vec, length, stringElementGetter<C>);
     } else {
-        return AParcel_writeParcelableArray(parcel, vec, length, parcelableElementWriter<T>);
+        return AParcel_writeParcelableArray(parcel, &vec, length, parcelableElementWriter<C>);
     }
 }
 template <typename T>
@@ -190,11 +211,11 @@ binder_status_t readArray(const AParcel* parcel, OptionalVector<T>* vec) {
 
 template <typename T>
 binder_status_t AParcel_writeVector(AParcel* parcel, const std::vector<T>& vec) {
-    return parcel_detail::writeArray(parcel, &vec);
+    return parcel_detail::writeArray<T>(parcel, vec);
 }
 template <typename T>
 binder_status_t AParcel_writeVector(AParcel* parcel, const std::optional<std::vector<T>>& vec) {
-    return parcel_detail::writeArray(parcel, vec ? &*vec : nullptr);
+    return parcel_detail::writeArray<T>(parcel, vec);
 }
 template <typename T>
 binder_status_t AParcel_readVector(const AParcel* parcel, std::optional<std::vector<T>>* vec) {

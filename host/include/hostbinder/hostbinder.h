@@ -8,11 +8,12 @@
 // the service's binder thread). A call the service makes into a client's binder object while it
 // handles that client's synchronous call runs on the very thread that made the call (a nested
 // transaction), so it sees whatever that thread holds; any other call into the client (from a
-// thread the service started itself) and every death notice runs on a thread of the client
-// process's binder thread pool while the service waits. The test process is the one client
-// process: as on a device, it must start its pool (ABinderProcess_startThreadPool, or a thread in
-// ABinderProcess_joinThreadPool) to hear them; until then they wait, and the first that waits
-// logs one warning (tag "hostbinder"). reset() leaves the pool running.
+// thread the service started itself) and every death notice (unless deliverDeathsInFailingCalls
+// says otherwise) runs on a thread of the client process's binder thread pool while the service
+// waits. The test process is the one client process: as on a device, it must start its pool
+// (ABinderProcess_startThreadPool, or a thread in ABinderProcess_joinThreadPool) to hear them;
+// until then they wait, and the first that waits logs one warning (tag "hostbinder"). reset()
+// leaves the pool running.
 #pragma once
 
 #include <sys/types.h>
@@ -36,9 +37,17 @@ void killService(const char* instance);
 // with STATUS_DEAD_OBJECT: a service that crashes between a client's look-up and its link.
 void dieAtNextDeathLink(const char* instance);
 
-// Every running service dies (deaths delivered), then no services, no declarations, no pending
-// death-link faults, counters zero, trace tags zero and trace markers cleared. For use between
-// tests.
+// While enabled, death notices are delivered as an RPC binder transport (binder over sockets)
+// delivers them, not on the binder thread pool: a process's notices of a dead process wait until
+// one of its transactions into that process fails with STATUS_DEAD_OBJECT (a call in flight when
+// it dies, or a later one through a dead proxy), and then run on that calling thread, inside that
+// call, before it returns; one failing call runs all that wait. waitIdle() does not wait for
+// them. Disabling it (and reset()) hands what still waits to the pool. Off by default.
+void deliverDeathsInFailingCalls(bool enabled);
+
+// Death notices go to the pool again (deliverDeathsInFailingCalls(false)), every running service
+// dies (deaths delivered), then no services, no declarations, no pending death-link faults,
+// counters zero, trace tags zero and trace markers cleared. For use between tests.
 void reset();
 
 // How many AServiceManager_* look-ups (isDeclared, checkService, getService, waitForService) were
