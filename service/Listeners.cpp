@@ -10,6 +10,21 @@
 
 namespace aidl::vendor::quarn::hardware::drel::example {
 
+namespace {
+
+// Erases the registration `handle` of either kind and hands back its callback, or nullptr when
+// there is none.
+template <typename Registrations>
+std::shared_ptr<IDrelCallback> takeCallback(Registrations& registrations, int32_t handle) {
+    auto found = registrations.find(handle);
+    if (found == registrations.end()) return nullptr;
+    std::shared_ptr<IDrelCallback> callback = std::move(found->second.callback);
+    registrations.erase(found);
+    return callback;
+}
+
+}  // namespace
+
 void Listeners::add(int32_t handle, const std::vector<DrelRequestData>& records,
                     std::shared_ptr<IDrelCallback> callback, pid_t owner) {
     Listener listener{owner, {}, std::move(callback)};
@@ -29,19 +44,11 @@ void Listeners::addThermal(int32_t handle, std::vector<int32_t> ids,
 }
 
 std::shared_ptr<IDrelCallback> Listeners::remove(int32_t handle) {
-    auto found = listeners_.find(handle);
-    if (found == listeners_.end()) return nullptr;
-    std::shared_ptr<IDrelCallback> callback = std::move(found->second.callback);
-    listeners_.erase(found);
-    return callback;
+    return takeCallback(listeners_, handle);
 }
 
 std::shared_ptr<IDrelCallback> Listeners::removeThermal(int32_t handle) {
-    auto found = thermalListeners_.find(handle);
-    if (found == thermalListeners_.end()) return nullptr;
-    std::shared_ptr<IDrelCallback> callback = std::move(found->second.callback);
-    thermalListeners_.erase(found);
-    return callback;
+    return takeCallback(thermalListeners_, handle);
 }
 
 const Listeners::Listener* Listeners::find(int32_t handle) const {
