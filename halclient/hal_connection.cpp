@@ -100,12 +100,10 @@ void resetAfterFailure(const HalConnection& connection, const char* name) {
 }
 
 void resetAfterDeath(const HalConnection& connection) {
-    if (holds(&connection.lock)) {
-        __android_log_print(ANDROID_LOG_ERROR, connection.tag, "Drel HAL Service died");
-        return;
+    if (!holds(&connection.lock)) {
+        std::unique_lock<std::shared_timed_mutex> lock(connection.lock);
+        connection.hal = nullptr;
     }
-    std::unique_lock<std::shared_timed_mutex> lock(connection.lock);
-    connection.hal = nullptr;
     __android_log_print(ANDROID_LOG_ERROR, connection.tag, "Drel HAL Service died");
 }
 
