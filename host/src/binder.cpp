@@ -295,17 +295,12 @@ void killProcess(const std::shared_ptr<Process>& proc) {
                 dead.deaths.push_back({link.recipient->alive, link.recipient->onDied, link.cookie});
             }
             proxy->links.clear();
-            obituaries.push_back(std::move(dead));
+            // Queued for the failing calls under the same lock that marks the process dead, so
+            // that a call which sees it dead also finds its obituaries waiting.
+            (r.deathsInCalls ? r.waitingDeaths : obituaries).push_back(std::move(dead));
         }
     }
     for (ABpBinder* proxy : affected) proxy->die();
-    {
-        std::lock_guard<std::mutex> l(r.mutex);
-        if (r.deathsInCalls) {
-            std::move(obituaries.begin(), obituaries.end(), std::back_inserter(r.waitingDeaths));
-            obituaries.clear();
-        }
-    }
     postToPool(std::move(obituaries));
     for (ABpBinder* proxy : affected) proxy->decStrong();
 }
